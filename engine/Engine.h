@@ -1,0 +1,232 @@
+#pragma once
+// The engine: output bus, names, module types and their instances, the tick and its
+// clocks. One object, guarded by one mutex, the engine lock: the tick, the absolute-clock
+// passes, MIDI input and every user edit each take it and run to completion.
+//
+// Thread rule: every public member needs the engine lock held by the caller, except the
+// constructor, lock(), and the timer entry points, which take it themselves.
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "engine/Catalogue.h"
+#include "engine/Durations.h"
+#include "engine/Module.h"
+#include "engine/ModuleRegistry.h"
+#include "engine/ModuleTypeSlot.h"
+#include "engine/OutputBus.h"
+#include "engine/OutputNames.h"
+#include "engine/TickSeams.h"
+#include "engine/TimerService.h"
+
+namespace quillmer {
+
+enum class SyncMode : uint8_t { None = 0, Master = 1, Slave = 2 };
+
+// Options of the options window that the tick and the timers read.
+struct EngineOptions {
+    bool resetModules = false;    // chkResetModules: StartTimers begins a resync pulse
+    bool triggersOff = false;     // chkTrigs: the resync pulse leaves "~ TStart"/"~ TLoad" alone
+    bool extendedTempo = false;   // chkXpTempo: tempo up to 1000
+    bool highPriority = false;    // chkHighPriority
+    bool autoAlign = false;       // chkAutoAlign: snap panels to the grid
+    bool lockModules = false;     // chkLockModules: no drags, no connecting
+    int16_t wholeDelay = 0;       // bxWholeDelay: whole notes before "~ Whole" counts
+    int32_t randomSeed = 0;       // bxRanSeed; 0 = none
+    int32_t absClockA = 0;        // ms, 0..32767; 0 = off
+    int32_t absClockB = 0;
+    SyncMode syncMode = SyncMode::None;
+};
+
+// Lamps of the main window, as state the GUI shows.
+struct Lamps {
+    bool tick = false;        // toggles every eighth note
+    bool timingError = false; // the late lamp
+    bool timingErrorFlag = false;
+    bool midiOut = false;
+    bool midiOutFlag = false;
+    bool midiIn = false;
+    bool midiInFlag = false;
+};
+
+// What the GUI hears of the engine. Called with the engine lock held: don't call back in.
+struct EngineEvents {
+    std::function<void(bool changed)> patchChanged;
+    std::function<void(int page)> pageChanged;
+    std::function<void(int tempo)> tempoChanged;
+};
+
+// A status dialog's outcome for one module.
+struct StatusChoice {
+    int priorityIndex = 1;  // option index 0..6
+    bool enabled = true;
+    bool remove = false;
+    bool cancelled = false;
+};
+
+class Engine {
+public:
+    Engine(TimerService& timers, const ModuleRegistry& registry, TickSeams* seams = nullptr);
+    ~Engine();
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    std::unique_lock<std::mutex> lock() { return std::unique_lock<std::mutex>(mutex_); }
+
+    OutputBus bus;
+    OutputNames names;
+    EngineOptions options;
+    Lamps lamps;
+    EngineEvents events;
+    const ModuleRegistry& registry() const { return registry_; }
+    TimerService& timers() { return timers_; }
+
+    // --- patch-wide state ---
+    int16_t CurrentSnapshot = 0;
+    int16_t SnapshotCount = 0;
+    bool patchChanged() const { return patchChanged_; }
+
+    // --- names and connections ---
+    // Output lists back to the system names; bus system values rewritten.
+    void InitOutputLists();
+    void InsertSortedName(NameSlot slot);
+    void RemoveSortedName(NameSlot slot);
+    void ResolveInputNames();
+    void ResetAllInputs();
+    void MarkPatchChanged(bool changed);
+    // Connects input k of a module to the output at sorted position `position`.
+    void connectInput(Module& module, int k, uint16_t position);
+
+    // --- life cycle ---
+    Module& New(ModuleTypeId type);
+    Module& NewLastModule();
+    ModuleTypeId LastModuleType = 0;
+    // The next New places its panel at this point (a right click on the workspace).
+    void placeAtCursor(int32_t top, int32_t left);
+    void Delete(Module& module);
+    void CloseAllModules();
+    void applyStatus(Module& module, const StatusChoice& choice);
+    // The module map's commands on a module found by name: 0 page := argument, 1 delete,
+    // 2 disable, 3 enable. False when no module has that name.
+    bool MapCommand(std::string_view name, int action, int argument);
+    // Bulk placement: names go into the lists without resorting; endBulk sorts once and
+    // resolves. For loading and for placing many modules at once.
+    Module& placeForBulk(ModuleTypeId type);
+    void endBulk();
+
+    ModuleTypeSlot& typeSlot(ModuleTypeId id) { return *types_[static_cast<size_t>(id)]; }
+    Module* findModule(std::string_view name);
+    template <class F>
+    void forEachModule(F&& f) {
+        for (size_t id = 1; id < types_.size(); ++id) types_[id]->forEachActive(f);
+    }
+
+    // --- pages ---
+    int CurrentPage() const { return currentPage_; }
+    // NewDisplayLevel: shows a page; "~ Page" carries the number.
+    void showPage(int page);
+    bool pageFlip = false;        // PageFlip, the toolbar's flip button
+    int32_t frameWidth = 15000;   // workspace size in twips, told by the GUI
+    int32_t frameHeight = 9000;
+
+    // --- time ---
+    DurationCounters counters;
+    int Tempo() const { return tempo_; }
+    int32_t TickPeriod() const { return tickPeriod_; }
+    int32_t OutputStamp = 0;  // ms, the time stamp of MIDI output under latency
+    int32_t latencyMs = 0;    // 0..1000; owned by the MIDI port layer
+    bool ResyncPending = false;
+    bool stopping() const { return stopping_; }
+    bool shutdown() const { return shutdown_; }
+    bool runStarted() const { return runStarted_; }
+    bool timersRunning() const { return timersRunning_; }
+    bool resyncPulseActive() const { return pulseInProgress_; }
+    int16_t wholeDelayCount() const { return wholeDelayCount_; }
+
+    void StartTimers();
+    void StopTimers();
+    void ShutdownStopTimers();
+    void ResetClocks();
+    void UpdateTimerTick();
+    void SetNewTempo(int value);
+    void setExtendedTempo(bool on);
+    // A load finished: the next resync pulse also raises "~ TLoad".
+    void markPatchLoaded();
+    // The transport: "~ Run" and "~ Stop", always each other's complement.
+    void setRun(bool run);
+
+    // One tick, steps 1..15 (lock held). Slave mode calls it from MIDI input.
+    void tick();
+    // The update order of one tick.
+    void TickModules();
+    // The immediate MIDI-input pass; the next tick then skips its own pass 6.
+    void runMidiInputPass();
+    // Table-load strobe: a request raised by the table loader, seen for one tick.
+    void requestTableLoadStrobe(uint8_t value);
+    bool tableLoadStrobe() const { return tableStrobe_; }
+    uint8_t tableLoadValue() const { return tableStrobeValue_; }
+
+    // Timer entry points (take the lock).
+    void onTickTimer();
+    void onResyncPulseTimer();
+    void onAbsClockTimer(int16_t pass);
+
+    TimerId tickTimer() const { return tickTimer_; }
+    TimerId resyncTimer() const { return resyncTimer_; }
+    TimerId absClockATimer() const { return absClockATimer_; }
+    TimerId absClockBTimer() const { return absClockBTimer_; }
+
+private:
+    void runPass(int16_t priority);
+    void runGroup(const std::vector<ModuleTypeId>& types);
+    void HaltTimers();
+    void ResetOutputs();
+    void restartOutputStamp();
+    void registerOutput(Module& module);
+    Module& place(ModuleTypeId type);
+    std::unique_ptr<Module> blankRecord(ModuleTypeId type) const;
+    void updateLamps();
+    void whole();
+
+    TimerService& timers_;
+    const ModuleRegistry& registry_;
+    TickSeams defaultSeams_;
+    TickSeams* seams_;
+    std::mutex mutex_;
+    std::vector<std::unique_ptr<ModuleTypeSlot>> types_;  // by ModuleTypeId; 0 unused
+
+    bool patchChanged_ = false;
+    bool closing_ = false;
+    bool bulk_ = false;
+    bool placeAtCursor_ = false;
+    int32_t cursorTop_ = 0;
+    int32_t cursorLeft_ = 0;
+    int currentPage_ = 0;
+
+    int tempo_ = 120;
+    int32_t tickPeriod_ = 21;
+    bool timersRunning_ = false;
+    bool stopping_ = false;
+    bool shutdown_ = false;
+    bool pulseInProgress_ = false;
+    bool patchLoaded_ = false;
+    bool runLatch_ = false;
+    bool runStarted_ = false;
+    bool midiInputPassRan_ = false;
+    int16_t wholeDelayCount_ = 0;
+    bool tableStrobe_ = false;
+    uint8_t tableStrobeValue_ = 0;
+    bool tableStrobeRequest_ = false;
+    uint8_t tableStrobeRequestValue_ = 0;
+
+    TimerId tickTimer_ = -1;
+    TimerId resyncTimer_ = -1;
+    TimerId absClockATimer_ = -1;
+    TimerId absClockBTimer_ = -1;
+};
+
+}  // namespace quillmer

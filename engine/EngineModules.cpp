@@ -1,0 +1,198 @@
+// Names, connections and the life cycle of modules.
+
+#include <string>
+
+#include "engine/Engine.h"
+#include "engine/Placement.h"
+
+namespace quillmer {
+
+Engine::Engine(TimerService& timers, const ModuleRegistry& registry, TickSeams* seams)
+    : timers_(timers), registry_(registry), seams_(seams ? seams : &defaultSeams_) {
+    types_.reserve(kTypeCount + 1);
+    types_.push_back(nullptr);
+    for (ModuleTypeId id = 1; id <= kTypeCount; ++id) types_.push_back(std::make_unique<ModuleTypeSlot>(id));
+    InitOutputLists();
+    // Creation order is the firing order of timers due at the same instant.
+    tickTimer_ = timers_.addTimer("tick", [this] { onTickTimer(); });
+    resyncTimer_ = timers_.addTimer("resync pulse", [this] { onResyncPulseTimer(); });
+    absClockATimer_ = timers_.addTimer("absolute clock A", [this] { onAbsClockTimer(priority::AbsClockA); });
+    absClockBTimer_ = timers_.addTimer("absolute clock B", [this] { onAbsClockTimer(priority::AbsClockB); });
+}
+
+Engine::~Engine() {
+    for (TimerId t : {tickTimer_, resyncTimer_, absClockATimer_, absClockBTimer_}) timers_.setInterval(t, 0);
+}
+
+// --- names and connections ---
+
+void Engine::InitOutputLists() {
+    names.Init();
+    bus.writeSystemValues();
+}
+
+void Engine::InsertSortedName(NameSlot slot) {
+    names.insertSorted(slot);
+    ResolveInputNames();
+    MarkPatchChanged(true);
+}
+
+void Engine::RemoveSortedName(NameSlot slot) {
+    names.removeSorted(slot);
+    ResolveInputNames();
+    MarkPatchChanged(true);
+}
+
+void Engine::ResolveInputNames() {
+    if (SnapshotCount == 0) return;
+    forEachModule([this](Module& m) { m.resolveStoredNames(names, SnapshotCount); });
+}
+
+void Engine::ResetAllInputs() {
+    forEachModule([this](Module& m) { m.ResetInputs(names); });
+    MarkPatchChanged(true);
+}
+
+void Engine::MarkPatchChanged(bool changed) {
+    patchChanged_ = changed;
+    if (events.patchChanged) events.patchChanged(changed);
+}
+
+void Engine::connectInput(Module& module, int k, uint16_t position) {
+    if (options.lockModules) return;
+    module.connect(k, position, names);
+    MarkPatchChanged(true);
+}
+
+// --- life cycle ---
+
+std::unique_ptr<Module> Engine::blankRecord(ModuleTypeId type) const {
+    std::unique_ptr<Module> record = registry_.make(type);
+    record->Active = 0;
+    return record;
+}
+
+Module& Engine::place(ModuleTypeId type) {
+    ModuleTypeSlot& slot = typeSlot(type);
+    const int16_t index = slot.AllocInstance([this, type] { return blankRecord(type); });
+    Module& m = *slot.at(index);
+    m.Name = std::to_string(index + 1) + std::string(slot.info().prefix);
+    m.Priority = priority::Default;
+    m.Active = -1;
+    m.Enabled = -1;
+    m.Page = static_cast<int16_t>(currentPage_);
+    m.attach(*this, index);
+    return m;
+}
+
+void Engine::registerOutput(Module& m) {
+    const NameSlot s = names.AllocNameSlot();
+    m.OutSlot = s;
+    names.enter(s, m.Name, m.OutBus);
+}
+
+Module& Engine::New(ModuleTypeId type) {
+    Module& m = place(type);
+    LastModuleType = type;
+    if (placeAtCursor_) {
+        m.Top = cursorTop_;
+        m.Left = cursorLeft_;
+        placeAtCursor_ = false;
+    }
+    ModuleTypeSlot& slot = typeSlot(type);
+    slot.TypeUsed = true;
+    if (slot.info().hasOutput()) {
+        registerOutput(m);
+        InsertSortedName(m.OutSlot);
+    }
+    ResetAllInputs();
+    m.presetInputsInAllSnapshots(names);
+    return m;
+}
+
+Module& Engine::NewLastModule() {
+    static const ModuleTypeId kFirstChoice = *typeIdByName("MIDIVoice");
+    return New(LastModuleType == 0 ? kFirstChoice : LastModuleType);
+}
+
+void Engine::placeAtCursor(int32_t top, int32_t left) {
+    placeAtCursor_ = true;
+    cursorTop_ = top;
+    cursorLeft_ = left;
+}
+
+void Engine::Delete(Module& module) {
+    if (closing_) return;
+    const ModuleTypeId type = module.type();
+    const int16_t index = module.Index;
+    if (module.info().hasOutput()) {
+        RemoveSortedName(module.OutSlot);
+        names.free(names.FindNameSlot(module.Name));
+    }
+    typeSlot(type).freeSlot(index, [this, type] { return blankRecord(type); });  // `module` is gone now
+    ResetAllInputs();
+}
+
+void Engine::CloseAllModules() {
+    closing_ = true;
+    for (size_t id = 1; id < types_.size(); ++id) types_[id]->UnloadAll();
+    InitOutputLists();
+    closing_ = false;
+}
+
+void Engine::applyStatus(Module& module, const StatusChoice& choice) {
+    if (choice.cancelled) return;
+    module.Priority = storedPriorityOf(choice.priorityIndex);
+    module.Enabled = choice.enabled ? int16_t{-1} : int16_t{0};
+    module.viewChanged = true;
+    MarkPatchChanged(true);
+    if (choice.remove) Delete(module);
+}
+
+bool Engine::MapCommand(std::string_view name, int action, int argument) {
+    Module* m = findModule(name);
+    if (!m) return false;
+    switch (action) {
+        case 0: m->Page = static_cast<int16_t>(argument); break;
+        case 1: Delete(*m); return true;
+        case 2: m->Enabled = 0; break;
+        case 3: m->Enabled = -1; break;
+        default: return false;
+    }
+    m->viewChanged = true;
+    return true;
+}
+
+Module& Engine::placeForBulk(ModuleTypeId type) {
+    bulk_ = true;
+    Module& m = place(type);
+    ModuleTypeSlot& slot = typeSlot(type);
+    slot.TypeUsed = true;
+    if (slot.info().hasOutput()) registerOutput(m);
+    m.presetInputsInAllSnapshots(names);
+    return m;
+}
+
+void Engine::endBulk() {
+    if (!bulk_) return;
+    bulk_ = false;
+    names.RebuildSortedList();
+    ResolveInputNames();
+    MarkPatchChanged(true);
+}
+
+Module* Engine::findModule(std::string_view name) {
+    for (size_t id = 1; id < types_.size(); ++id)
+        if (types_[id]->TypeUsed)
+            if (Module* m = types_[id]->findByName(name)) return m;
+    return nullptr;
+}
+
+void Engine::showPage(int page) {
+    if (page < 0 || page >= kPageCount || page == currentPage_) return;
+    bus[sysbus::Page] = static_cast<uint8_t>(page);
+    currentPage_ = page;
+    if (events.pageChanged) events.pageChanged(page);
+}
+
+}  // namespace quillmer

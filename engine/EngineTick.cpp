@@ -1,0 +1,256 @@
+// The tick, the update order, and the timers that drive them.
+
+#include "engine/Engine.h"
+
+namespace quillmer {
+
+namespace {
+constexpr int kMaxTempo = 254;
+constexpr int kMaxExtendedTempo = 1000;
+constexpr int kEighthCounter = 12;
+constexpr int kWholeCounter = 96;
+}  // namespace
+
+// --- the update order ---
+
+void Engine::runPass(int16_t pass) {
+    for (ModuleTypeId id : passOrder()) types_[static_cast<size_t>(id)]->UpdateInPass(*this, pass);
+}
+
+void Engine::runGroup(const std::vector<ModuleTypeId>& group) {
+    for (ModuleTypeId id : group) types_[static_cast<size_t>(id)]->UpdateAll(*this);
+}
+
+void Engine::TickModules() {
+    runGroup(inputAndDisplayTypes());
+    runPass(priority::First);
+    runPass(priority::Default);
+    if (midiInputPassRan_)
+        midiInputPassRan_ = false;
+    else
+        runPass(priority::MidiInput);
+    runPass(priority::Late);
+    runPass(priority::Last);
+    runGroup(afterPassTypes());
+    if (ResyncPending) seams_->resendSliders();
+    runGroup(midiOutputTypes());
+}
+
+void Engine::runMidiInputPass() {
+    runGroup(midiInputReaderTypes());
+    runPass(priority::MidiInput);
+    midiInputPassRan_ = true;
+    runGroup(midiOutputTypesOnInput());
+}
+
+// --- the tick ---
+
+void Engine::tick() {
+    // Step 1, waiting for the engine to be free, is the caller's lock.
+    if (bus[sysbus::Run] != 0 && seams_->composerRecording() && seams_->composerRecordingElapsed())
+        setRun(false);
+
+    if (pulseInProgress_) ResyncPending = false;
+    runStarted_ = false;
+
+    if (bus[sysbus::Run] == 0) {
+        runLatch_ = false;
+    } else if (!runLatch_) {
+        runLatch_ = true;
+        runStarted_ = true;
+        ResetOutputs();
+        if (seams_->composerRecording()) seams_->initializeMidiTracks();
+    }
+
+    TickModules();
+
+    if (seams_->composerRecording()) seams_->advanceRecordingDeltas();
+    seams_->sendPerTickBytes();
+    updateLamps();
+    if (counters.atZero(kWholeCounter)) whole();
+
+    // Table-load strobe: seen for exactly one tick.
+    tableStrobe_ = false;
+    tableStrobeValue_ = 0;
+    if (tableStrobeRequest_) {
+        tableStrobe_ = true;
+        tableStrobeValue_ = tableStrobeRequestValue_;
+        tableStrobeRequest_ = false;
+    }
+
+    if (ResyncPending && !pulseInProgress_) {
+        timers_.setInterval(resyncTimer_, 3 * tickPeriod_);
+        seams_->setResyncPulseVariable(1.0);
+        pulseInProgress_ = true;
+        if (!options.triggersOff) {
+            bus[sysbus::TStart] = 127;
+            if (patchLoaded_) bus[sysbus::TLoad] = 127;
+        }
+    }
+
+    OutputStamp += tickPeriod_;
+    counters.advance();
+    bus[sysbus::Turbo] = static_cast<uint8_t>((bus[sysbus::Turbo] + 1) & 127);
+}
+
+void Engine::updateLamps() {
+    if (counters.atZero(kEighthCounter)) {
+        lamps.tick = !lamps.tick;
+        // The late lamp flashes for at least one eighth note.
+        if (lamps.timingErrorFlag && lamps.timingError) {
+            lamps.timingError = false;
+            lamps.timingErrorFlag = false;
+        } else if (lamps.timingErrorFlag) {
+            lamps.timingError = true;
+        }
+    }
+    // Activity lamps flash at half the tick rate during steady traffic.
+    for (auto [lamp, flag] : {std::pair{&lamps.midiOut, &lamps.midiOutFlag}, std::pair{&lamps.midiIn, &lamps.midiInFlag}}) {
+        if (*flag && *lamp) {
+            *lamp = false;
+            *flag = false;
+        }
+        if (*flag && !*lamp) *lamp = true;
+    }
+}
+
+void Engine::whole() {
+    if (options.highPriority) seams_->raiseProcessPriority();
+    seams_->advanceComposerBar();
+    seams_->sampleCpuLoad();
+    if (bus[sysbus::Run] != 0) {
+        if (wholeDelayCount_ > 0)
+            --wholeDelayCount_;
+        else
+            bus[sysbus::Whole] = static_cast<uint8_t>((bus[sysbus::Whole] + 1) & 127);
+    }
+}
+
+void Engine::requestTableLoadStrobe(uint8_t value) {
+    tableStrobeRequest_ = true;
+    tableStrobeRequestValue_ = value;
+}
+
+void Engine::setRun(bool run) {
+    bus[sysbus::Run] = run ? 127 : 0;
+    bus[sysbus::Stop] = run ? 0 : 127;
+}
+
+// --- timers ---
+
+void Engine::restartOutputStamp() {
+    OutputStamp = latencyMs >= tickPeriod_ ? latencyMs : latencyMs + tickPeriod_;
+}
+
+void Engine::ResetOutputs() {
+    counters.reset();
+    seams_->resetRecordingDeltas();
+    bus[sysbus::Turbo] = 0;
+    bus[sysbus::Whole] = 0;
+    wholeDelayCount_ = options.wholeDelay;
+}
+
+void Engine::HaltTimers() {
+    timers_.setInterval(tickTimer_, 0);
+    timers_.setInterval(absClockATimer_, 0);
+    timers_.setInterval(absClockBTimer_, 0);
+}
+
+void Engine::StartTimers() {
+    timers_.setInterval(absClockATimer_, options.absClockA);
+    timers_.setInterval(absClockBTimer_, options.absClockB);
+    if (options.syncMode == SyncMode::Slave) return;  // input clocks drive the tick
+    if (options.resetModules) ResyncPending = true;
+    seams_->requestOutputReopen();
+    shutdown_ = false;
+    tickPeriod_ = TickPeriodFor(tempo_);
+    restartOutputStamp();
+    timers_.setInterval(tickTimer_, tickPeriod_);
+    timersRunning_ = true;
+}
+
+void Engine::StopTimers() {
+    HaltTimers();
+    stopping_ = true;  // the last tick: note modules send their note-offs
+    tick();
+    stopping_ = false;
+    lamps.tick = false;
+    ResetOutputs();
+    timersRunning_ = false;
+}
+
+void Engine::ShutdownStopTimers() {
+    shutdown_ = true;  // sends are silent from here on, but for the last tick
+    seams_->stopSweep();
+    timers_.setInterval(resyncTimer_, 0);
+    HaltTimers();
+    stopping_ = true;
+    shutdown_ = false;
+    tick();
+    shutdown_ = true;
+    timersRunning_ = false;
+    seams_->closeMidiInputs();
+}
+
+void Engine::ResetClocks() {
+    if (options.syncMode == SyncMode::Master) seams_->sendClockReset();
+    HaltTimers();
+    lamps.tick = false;
+    ResetOutputs();
+    if (options.randomSeed != 0) seams_->reseedRandom(options.randomSeed);
+    StartTimers();
+}
+
+void Engine::UpdateTimerTick() {
+    tickPeriod_ = TickPeriodFor(tempo_);
+    restartOutputStamp();
+    // The counters stay where they are, so a tempo change keeps the phase. A stopped or
+    // slaved tick timer stays off.
+    if (timersRunning_ && options.syncMode != SyncMode::Slave) timers_.setInterval(tickTimer_, tickPeriod_);
+}
+
+void Engine::SetNewTempo(int value) {
+    const int highest = options.extendedTempo ? kMaxExtendedTempo : kMaxTempo;
+    if (value < 1) value = 1;
+    if (value > highest) value = highest;
+    if (value == tempo_) return;
+    tempo_ = value;
+    if (events.tempoChanged) events.tempoChanged(tempo_);
+    UpdateTimerTick();
+}
+
+void Engine::setExtendedTempo(bool on) {
+    options.extendedTempo = on;
+    if (!on && tempo_ > kMaxTempo) SetNewTempo(kMaxTempo);
+}
+
+void Engine::markPatchLoaded() {
+    patchLoaded_ = true;
+    ResyncPending = true;
+}
+
+void Engine::onTickTimer() {
+    auto held = lock();
+    if (timers_.interval(tickTimer_) == 0) return;  // stopped while this firing waited
+    tick();
+}
+
+void Engine::onResyncPulseTimer() {
+    auto held = lock();
+    timers_.setInterval(resyncTimer_, 0);
+    ResyncPending = false;
+    pulseInProgress_ = false;
+    bus[sysbus::TStart] = 0;
+    bus[sysbus::TLoad] = 0;
+    seams_->setResyncPulseVariable(0.0);
+    patchLoaded_ = false;
+}
+
+void Engine::onAbsClockTimer(int16_t pass) {
+    auto held = lock();
+    const TimerId timer = pass == priority::AbsClockA ? absClockATimer_ : absClockBTimer_;
+    if (timers_.interval(timer) == 0) return;
+    runPass(pass);
+}
+
+}  // namespace quillmer

@@ -1,0 +1,143 @@
+#pragma once
+// One placed module: its record (head, stored connections per snapshot, the type's own
+// fields) and its live state (input bus ids and positions, output cache, position cache).
+// A type derives from Module, declares its inputs once as data, and implements update().
+// Everything here needs the engine lock.
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/Catalogue.h"
+#include "engine/Constants.h"
+#include "engine/OutputBus.h"
+
+namespace quillmer {
+
+class Engine;
+class OutputNames;
+
+// One input of a type, as its panel shows it.
+struct InputSpec {
+    std::string_view label;    // above the button, with its leading blank: " Divisor"
+    std::string_view tip;
+    BusId preset = sysbus::Off;  // Off, On or Mid: the system names whose position equals their id
+};
+
+// An input's connection as a snapshot stores it: the name is the durable key.
+struct StoredInput {
+    std::string name;
+    uint16_t position = 0;
+};
+
+// Stored priority values and the update pass each selects.
+namespace priority {
+constexpr int16_t First = 1;
+constexpr int16_t Default = 0;
+constexpr int16_t Late = 2;
+constexpr int16_t Last = 3;
+constexpr int16_t AbsClockA = 4;
+constexpr int16_t AbsClockB = 5;
+constexpr int16_t MidiInput = 6;
+}  // namespace priority
+
+class Module {
+public:
+    Module(ModuleTypeId type, std::span<const InputSpec> inputs);
+    virtual ~Module() = default;
+    Module(const Module&) = delete;
+    Module& operator=(const Module&) = delete;
+
+    // --- record head ---
+    int16_t Active = 0;    // -1 placed, 0 free slot
+    int16_t Enabled = -1;  // 0: only tracks its position
+    NameSlot OutSlot = 0;
+    int16_t Priority = priority::Default;
+    int16_t Page = 0;
+    int32_t Top = 0;   // twips
+    int32_t Left = 0;  // twips
+    std::string Name;
+
+    // --- live state ---
+    int16_t Index = 0;  // place in its type's arrays
+    BusId OutBus = 0;
+    std::vector<BusId> InputBus;
+    std::vector<uint16_t> InputPosition;
+    int32_t Width = 1800;   // panel size in twips, told by the panel; used for page-edge moves
+    int32_t Height = 1200;
+
+    ModuleTypeId type() const { return type_; }
+    const TypeInfo& info() const { return typeInfo(type_); }
+    int inputCount() const { return static_cast<int>(inputs_.size()); }
+    const InputSpec& inputSpec(int k) const { return inputs_[static_cast<size_t>(k)]; }
+    uint8_t lastOutput() const { return lastOutput_; }
+    // Set when the output or another shown value changed; the panel clears it after drawing.
+    bool viewChanged = false;
+
+    StoredInput& stored(int snapshot, int input);
+    const StoredInput& stored(int snapshot, int input) const;
+
+    // Called once when the instance is placed: output id, inputs at their presets.
+    void attach(Engine& engine, int16_t index);
+    // Presets of non-Off inputs into every snapshot (a new module only).
+    void presetInputsInAllSnapshots(const OutputNames& names);
+
+    // One update: position tracking, then, when enabled, the type's own computation.
+    void UpdateModule(Engine& engine);
+    // Recall snapshot `CurrentSnapshot` into the live state / store the live state there.
+    void PatchChange(Engine& engine);
+    void PatchStore(Engine& engine);
+    // Re-label after the sorted list changed; InputBus stays as it is, deliberately.
+    void ResetInputs(const OutputNames& names);
+    // Connect input k to sorted position `position` (live fields only).
+    void connect(int k, uint16_t position, const OutputNames& names);
+    // The name the input's button shows.
+    const std::string& inputCaption(int k, const OutputNames& names) const;
+    // Looks every stored name up in the sorted list, for snapshots 0..count-1.
+    void resolveStoredNames(const OutputNames& names, int snapshotCount);
+
+    // True for a type whose logic isn't built yet: it is kept, shown and saved, but does nothing.
+    virtual bool isPlaceholder() const { return false; }
+
+protected:
+    // The type's computation (inputs read, output written on change).
+    virtual void update(Engine& engine) = 0;
+    // Per-snapshot settings of the type besides its inputs.
+    virtual void recallSettings(int /*snapshot*/) {}
+    virtual void storeSettings(int /*snapshot*/) {}
+
+    uint8_t in(int k) const { return (*bus_)[InputBus[static_cast<size_t>(k)]]; }
+    uint8_t busValue(BusId id) const { return (*bus_)[id]; }
+    // Writes the output only when it changes.
+    void setOutput(int value) {
+        const auto v = static_cast<uint8_t>(value);
+        if (v == lastOutput_) return;
+        lastOutput_ = v;
+        (*bus_)[OutBus] = v;
+        viewChanged = true;
+    }
+
+private:
+    ModuleTypeId type_;
+    std::span<const InputSpec> inputs_;
+    std::vector<StoredInput> storedInputs_;  // [snapshot][input]
+    OutputBus* bus_ = nullptr;
+    uint8_t lastOutput_ = 0;
+    int32_t seenTop_ = 0;
+    int32_t seenLeft_ = 0;
+};
+
+// A type whose logic isn't built yet. It keeps its place, name and output slot.
+class PlaceholderModule final : public Module {
+public:
+    explicit PlaceholderModule(ModuleTypeId type) : Module(type, {}) {}
+    bool isPlaceholder() const override { return true; }
+
+protected:
+    void update(Engine&) override {}
+};
+
+}  // namespace quillmer

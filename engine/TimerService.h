@@ -1,0 +1,32 @@
+#pragma once
+// Periodic timers in whole milliseconds, as the engine's clocks need them.
+// Two implementations: real time (platform/RealTimeTimerService) and virtual time
+// (engine/VirtualTimerService) for tests, benchmarks and offline rendering.
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace quillmer {
+
+using TimerId = int;
+
+class TimerService {
+public:
+    using Callback = std::function<void()>;
+
+    virtual ~TimerService() = default;
+
+    // Creates a stopped timer. Timers due at the same instant fire in creation order.
+    virtual TimerId addTimer(std::string name, Callback onFire) = 0;
+
+    // Interval in ms; 0 stops the timer. Any non-zero value restarts the period from now.
+    // Safe from any thread, including from inside a callback.
+    virtual void setInterval(TimerId timer, int32_t intervalMs) = 0;
+    virtual int32_t interval(TimerId timer) const = 0;
+
+    // The service's clock in microseconds since it was made. Safe from any thread.
+    virtual int64_t nowMicros() const = 0;
+};
+
+}  // namespace quillmer

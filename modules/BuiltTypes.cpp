@@ -1,0 +1,20 @@
+#include "modules/BuiltTypes.h"
+
+#include "modules/processors/Arithmetic.h"
+
+namespace quillmer {
+
+void registerBuiltTypes(ModuleRegistry& registry) {
+    registry.add<Div>("Div");
+}
+
+const ModuleRegistry& builtTypes() {
+    static const ModuleRegistry registry = [] {
+        ModuleRegistry r;
+        registerBuiltTypes(r);
+        return r;
+    }();
+    return registry;
+}
+
+}  // namespace quillmer

@@ -1,0 +1,86 @@
+#include "platform/RealTimeTimerService.h"
+
+#include <pthread.h>
+#include <sched.h>
+
+namespace quillmer {
+
+namespace {
+// Asks for SCHED_FIFO; a refusal (no privilege) leaves the thread as it is.
+bool raiseToRealTime() {
+    sched_param param{};
+    param.sched_priority = sched_get_priority_min(SCHED_FIFO) + 10;
+    return pthread_setschedparam(pthread_self(), SCHED_FIFO, &param) == 0;
+}
+}  // namespace
+
+RealTimeTimerService::RealTimeTimerService() : thread_([this] { run(); }) {}
+
+RealTimeTimerService::~RealTimeTimerService() { stop(); }
+
+void RealTimeTimerService::stop() {
+    {
+        std::lock_guard<std::mutex> held(mutex_);
+        stopping_ = true;
+    }
+    wake_.notify_all();
+    if (thread_.joinable()) thread_.join();
+}
+
+TimerId RealTimeTimerService::addTimer(std::string name, Callback onFire) {
+    std::lock_guard<std::mutex> held(mutex_);
+    timers_.push_back(Timer{std::move(name), std::move(onFire), 0, Clock::now()});
+    return static_cast<TimerId>(timers_.size() - 1);
+}
+
+void RealTimeTimerService::setInterval(TimerId timer, int32_t intervalMs) {
+    {
+        std::lock_guard<std::mutex> held(mutex_);
+        Timer& t = timers_.at(static_cast<size_t>(timer));
+        t.intervalMs = intervalMs < 0 ? 0 : intervalMs;
+        t.due = Clock::now() + std::chrono::milliseconds(t.intervalMs);
+    }
+    wake_.notify_all();
+}
+
+int32_t RealTimeTimerService::interval(TimerId timer) const {
+    std::lock_guard<std::mutex> held(mutex_);
+    return timers_.at(static_cast<size_t>(timer)).intervalMs;
+}
+
+int64_t RealTimeTimerService::nowMicros() const {
+    return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start_).count();
+}
+
+void RealTimeTimerService::run() {
+    realTime_ = raiseToRealTime();
+    std::unique_lock<std::mutex> held(mutex_);
+    while (!stopping_) {
+        // The earliest running timer; ties go to the one made first.
+        size_t next = timers_.size();
+        for (size_t i = 0; i < timers_.size(); ++i)
+            if (timers_[i].intervalMs > 0 && (next == timers_.size() || timers_[i].due < timers_[next].due)) next = i;
+        if (next == timers_.size()) {
+            wake_.wait(held);
+            continue;
+        }
+        const Clock::time_point due = timers_[next].due;
+        if (Clock::now() < due) {
+            wake_.wait_until(held, due);
+            continue;  // look again: the timers may have changed
+        }
+        Timer& t = timers_[next];
+        const auto period = std::chrono::milliseconds(t.intervalMs);
+        const Clock::time_point now = Clock::now();
+        t.due = due + period;
+        while (t.due <= now) t.due += period;  // drop what can't be delivered
+        Callback call = t.onFire;
+        held.unlock();
+        if (observer_)
+            observer_(static_cast<TimerId>(next), std::chrono::duration_cast<std::chrono::microseconds>(now - due).count());
+        if (call) call();
+        held.lock();
+    }
+}
+
+}  // namespace quillmer
