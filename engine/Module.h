@@ -14,6 +14,7 @@
 #include "engine/Catalogue.h"
 #include "engine/Constants.h"
 #include "engine/OutputBus.h"
+#include "engine/RecordBytes.h"
 
 namespace quillmer {
 
@@ -101,6 +102,15 @@ public:
 
     // True for a type whose logic isn't built yet: it is kept, shown and saved, but does nothing.
     virtual bool isPlaceholder() const { return false; }
+    static constexpr std::string_view kPlaceholderNote =
+        "This module type doesn't run yet in Quillmer: it keeps its place and settings and "
+        "is saved with the patch, but its output stays as it is.";
+
+    // The type's own bytes of the module file, after the input names and bus ids of every
+    // snapshot: per-snapshot settings, then per-module ones, at the exact size the file
+    // layout gives the type.
+    virtual void writeFields(ByteWriter& /*out*/) const {}
+    virtual void readFields(ByteReader& /*in*/) {}
 
 protected:
     // The type's computation (inputs read, output written on change).
