@@ -20,7 +20,8 @@
 #include "engine/ModuleTypeSlot.h"
 #include "engine/OutputBus.h"
 #include "engine/OutputNames.h"
-#include "engine/TickSeams.h"
+#include "engine/EngineSeams.h"
+#include "engine/MidiPorts.h"
 #include "engine/TimerService.h"
 
 namespace quillmer {
@@ -69,8 +70,14 @@ struct StatusChoice {
 };
 
 class Engine {
+    // First, so that they are ready for the members made after them.
+    TimerService& timers_;
+    const ModuleRegistry& registry_;
+    EngineSeams defaultSeams_;
+    EngineSeams* seams_;
+
 public:
-    Engine(TimerService& timers, const ModuleRegistry& registry, TickSeams* seams = nullptr);
+    Engine(TimerService& timers, const ModuleRegistry& registry, EngineSeams* seams = nullptr);
     ~Engine();
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
@@ -82,8 +89,10 @@ public:
     EngineOptions options;
     Lamps lamps;
     EngineEvents events;
+    MidiPorts ports;
     const ModuleRegistry& registry() const { return registry_; }
     TimerService& timers() { return timers_; }
+    EngineSeams& seams() { return *seams_; }
 
     // --- patch-wide state ---
     int16_t CurrentSnapshot = 0;
@@ -138,7 +147,8 @@ public:
     int Tempo() const { return tempo_; }
     int32_t TickPeriod() const { return tickPeriod_; }
     int32_t OutputStamp = 0;  // ms, the time stamp of MIDI output under latency
-    int32_t latencyMs = 0;    // 0..1000; owned by the MIDI port layer
+    // OutputStamp starts over: the latency, plus a tick when the latency is shorter than one.
+    void restartOutputStamp();
     bool ResyncPending = false;
     bool stopping() const { return stopping_; }
     bool shutdown() const { return shutdown_; }
@@ -185,17 +195,12 @@ private:
     void runGroup(const std::vector<ModuleTypeId>& types);
     void HaltTimers();
     void ResetOutputs();
-    void restartOutputStamp();
     void registerOutput(Module& module);
     Module& place(ModuleTypeId type);
     std::unique_ptr<Module> blankRecord(ModuleTypeId type) const;
     void updateLamps();
     void whole();
 
-    TimerService& timers_;
-    const ModuleRegistry& registry_;
-    TickSeams defaultSeams_;
-    TickSeams* seams_;
     std::mutex mutex_;
     std::vector<std::unique_ptr<ModuleTypeSlot>> types_;  // by ModuleTypeId; 0 unused
 

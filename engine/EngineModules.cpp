@@ -7,8 +7,8 @@
 
 namespace quillmer {
 
-Engine::Engine(TimerService& timers, const ModuleRegistry& registry, TickSeams* seams)
-    : timers_(timers), registry_(registry), seams_(seams ? seams : &defaultSeams_) {
+Engine::Engine(TimerService& timers, const ModuleRegistry& registry, EngineSeams* seams)
+    : timers_(timers), registry_(registry), seams_(seams ? seams : &defaultSeams_), ports(*this) {
     types_.reserve(kTypeCount + 1);
     types_.push_back(nullptr);
     for (ModuleTypeId id = 1; id <= kTypeCount; ++id) types_.push_back(std::make_unique<ModuleTypeSlot>(id));

@@ -47,8 +47,8 @@ void Engine::runMidiInputPass() {
 
 void Engine::tick() {
     // Step 1, waiting for the engine to be free, is the caller's lock.
-    if (bus[sysbus::Run] != 0 && seams_->composerRecording() && seams_->composerRecordingElapsed())
-        setRun(false);
+    ports.handleDeviceEvents();
+    if (bus[sysbus::Run] != 0 && ports.recording() && seams_->composerRecordingElapsed()) setRun(false);
 
     if (pulseInProgress_) ResyncPending = false;
     runStarted_ = false;
@@ -59,13 +59,13 @@ void Engine::tick() {
         runLatch_ = true;
         runStarted_ = true;
         ResetOutputs();
-        if (seams_->composerRecording()) seams_->initializeMidiTracks();
+        if (ports.recording()) ports.InitializeMIDITracks();
     }
 
     TickModules();
 
-    if (seams_->composerRecording()) seams_->advanceRecordingDeltas();
-    seams_->sendPerTickBytes();
+    if (ports.recording()) ports.advanceRecordingDeltas();
+    ports.sendPerTickBytes();
     updateLamps();
     if (counters.atZero(kWholeCounter)) whole();
 
@@ -139,12 +139,13 @@ void Engine::setRun(bool run) {
 // --- timers ---
 
 void Engine::restartOutputStamp() {
-    OutputStamp = latencyMs >= tickPeriod_ ? latencyMs : latencyMs + tickPeriod_;
+    const int32_t latency = ports.Latency();
+    OutputStamp = latency >= tickPeriod_ ? latency : latency + tickPeriod_;
 }
 
 void Engine::ResetOutputs() {
     counters.reset();
-    seams_->resetRecordingDeltas();
+    ports.resetRecordingDeltas();
     bus[sysbus::Turbo] = 0;
     bus[sysbus::Whole] = 0;
     wholeDelayCount_ = options.wholeDelay;
@@ -161,7 +162,7 @@ void Engine::StartTimers() {
     timers_.setInterval(absClockBTimer_, options.absClockB);
     if (options.syncMode == SyncMode::Slave) return;  // input clocks drive the tick
     if (options.resetModules) ResyncPending = true;
-    seams_->requestOutputReopen();
+    ports.ReopenOutputs = true;
     shutdown_ = false;
     tickPeriod_ = TickPeriodFor(tempo_);
     restartOutputStamp();
@@ -181,7 +182,7 @@ void Engine::StopTimers() {
 
 void Engine::ShutdownStopTimers() {
     shutdown_ = true;  // sends are silent from here on, but for the last tick
-    seams_->stopSweep();
+    ports.stopSweep();
     timers_.setInterval(resyncTimer_, 0);
     HaltTimers();
     stopping_ = true;
@@ -189,11 +190,11 @@ void Engine::ShutdownStopTimers() {
     tick();
     shutdown_ = true;
     timersRunning_ = false;
-    seams_->closeMidiInputs();
+    ports.closeInputs();
 }
 
 void Engine::ResetClocks() {
-    if (options.syncMode == SyncMode::Master) seams_->sendClockReset();
+    if (options.syncMode == SyncMode::Master) ports.sendClockReset();
     HaltTimers();
     lamps.tick = false;
     ResetOutputs();

@@ -99,9 +99,10 @@ public:
     virtual ~MidiDeviceProvider() = default;
     virtual std::vector<std::string> outputNames() = 0;
     virtual std::vector<std::string> inputNames() = 0;
-    // nullptr when no device has that name.
-    virtual std::unique_ptr<MidiOutputDevice> makeOutput(const std::string& name) = 0;
-    virtual std::unique_ptr<MidiInputDevice> makeInput(const std::string& name) = 0;
+    // nullptr when no device has that name. `port` 0..3 is the port it will serve (A..D),
+    // for the name other programs see.
+    virtual std::unique_ptr<MidiOutputDevice> makeOutput(const std::string& name, int port) = 0;
+    virtual std::unique_ptr<MidiInputDevice> makeInput(const std::string& name, int port) = 0;
 };
 
 }  // namespace quillmer

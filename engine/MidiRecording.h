@@ -1,0 +1,23 @@
+#pragma once
+// Where recorded MIDI goes: a standard MIDI file of format 1, division 480. The engine
+// keeps the tracks' delta counters; platform/ writes the file.
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace quillmer {
+
+class MidiFileSink {
+public:
+    virtual ~MidiFileSink() = default;
+    // A new file: the first track holds tempo (microseconds per quarter), 4/4 and key.
+    virtual void begin(int tempo) = 0;
+    // One channel message on a track (1 is the first after the tempo track), after `delta`
+    // ticks of the file's division.
+    virtual void add(int track, uint32_t delta, std::span<const uint8_t> bytes) = 0;
+    // Writes the file; on failure `error` names the file and nothing is left behind.
+    virtual bool save(const std::string& path, std::string& error) = 0;
+};
+
+}  // namespace quillmer
