@@ -55,6 +55,9 @@ const std::vector<ModuleTypeId>& afterPassTypes();        // after pass "4 = Las
 const std::vector<ModuleTypeId>& midiOutputTypes();       // last of the tick
 const std::vector<ModuleTypeId>& midiInputReaderTypes();  // first on MIDI input
 const std::vector<ModuleTypeId>& midiOutputTypesOnInput(); // last on MIDI input (no Chain)
+// The order in which snapshots are stored and recalled: 184 types (the display types and
+// the mouse pad keep their settings once, not per snapshot).
+const std::vector<ModuleTypeId>& recallOrder();
 // Whether a type runs in an UpdateAll group rather than in the priority passes.
 bool runsOutsidePasses(ModuleTypeId id);
 

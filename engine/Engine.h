@@ -127,6 +127,15 @@ public:
     Module& placeForBulk(ModuleTypeId type);
     void endBulk();
 
+    // Loading: a type's records as read, index = place; placed ones take a name slot. The
+    // sorted list is left alone until finishRestore.
+    void restoreInstances(ModuleTypeId type, std::vector<std::unique_ptr<Module>> records);
+    // Sorts the names once and resolves every stored connection by name.
+    void finishRestore();
+    // Snapshots: every placed module stores to / recalls from slot CurrentSnapshot.
+    void StoreAllPatches();
+    void RecallAllPatches();
+
     ModuleTypeSlot& typeSlot(ModuleTypeId id) { return *types_[static_cast<size_t>(id)]; }
     Module* findModule(std::string_view name);
     template <class F>

@@ -181,6 +181,32 @@ void Engine::endBulk() {
     MarkPatchChanged(true);
 }
 
+void Engine::restoreInstances(ModuleTypeId type, std::vector<std::unique_ptr<Module>> records) {
+    ModuleTypeSlot& slot = typeSlot(type);
+    slot.adopt(std::move(records));
+    for (size_t i = 0; i < slot.slotCount(); ++i) {
+        Module& m = *slot.at(static_cast<int16_t>(i));
+        m.Index = static_cast<int16_t>(i);
+        if (m.Active == 0) continue;
+        m.attach(*this, m.Index);
+        slot.TypeUsed = true;
+        if (slot.info().hasOutput()) registerOutput(m);
+    }
+}
+
+void Engine::finishRestore() {
+    names.RebuildSortedList();
+    ResolveInputNames();
+}
+
+void Engine::StoreAllPatches() {
+    for (ModuleTypeId id : recallOrder()) typeSlot(id).forEachActive([this](Module& m) { m.PatchStore(*this); });
+}
+
+void Engine::RecallAllPatches() {
+    for (ModuleTypeId id : recallOrder()) typeSlot(id).forEachActive([this](Module& m) { m.PatchChange(*this); });
+}
+
 Module* Engine::findModule(std::string_view name) {
     for (size_t id = 1; id < types_.size(); ++id)
         if (types_[id]->TypeUsed)

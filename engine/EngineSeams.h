@@ -4,6 +4,7 @@
 // nothing. Called with the engine lock held.
 
 #include <cstdint>
+#include <string>
 
 namespace quillmer {
 
@@ -29,6 +30,8 @@ public:
     virtual void composerTransport(int /*code*/) {}
     // A program change chose snapshot `CurrentSnapshot`: recall it.
     virtual void SetNewPatch() {}
+    // A Chain module fired: load `file` soon, outside the tick, or exit when it is empty.
+    virtual void requestChainLoad(const std::string& /*file*/) {}
 };
 
 }  // namespace quillmer

@@ -119,4 +119,20 @@ void Module::resolveStoredNames(const OutputNames& names, int snapshotCount) {
     }
 }
 
+void Module::writeBody(ByteWriter& out) const {
+    for (int s = 0; s < kSnapshotCount; ++s)
+        for (int k = 0; k < inputCount(); ++k) out.str(stored(s, k).name);
+    for (int s = 0; s < kSnapshotCount; ++s)
+        for (int k = 0; k < inputCount(); ++k) out.u16(stored(s, k).position);
+    writeFields(out);
+}
+
+void Module::readBody(ByteReader& in) {
+    for (int s = 0; s < kSnapshotCount; ++s)
+        for (int k = 0; k < inputCount(); ++k) stored(s, k).name = in.str();
+    for (int s = 0; s < kSnapshotCount; ++s)
+        for (int k = 0; k < inputCount(); ++k) stored(s, k).position = in.u16();
+    readFields(in);
+}
+
 }  // namespace quillmer

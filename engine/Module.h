@@ -106,7 +106,12 @@ public:
         "This module type doesn't run yet in Quillmer: it keeps its place and settings and "
         "is saved with the patch, but its output stays as it is.";
 
-    // The type's own bytes of the module file, after the input names and bus ids of every
+    // The record after its head, as the module file stores it. The usual form: the input
+    // names of every snapshot, their positions, then writeFields. A type laid out another way
+    // overrides both.
+    virtual void writeBody(ByteWriter& out) const;
+    virtual void readBody(ByteReader& in);
+    // The type's own bytes of the module file, after the input names and positions of every
     // snapshot: per-snapshot settings, then per-module ones, at the exact size the file
     // layout gives the type.
     virtual void writeFields(ByteWriter& /*out*/) const {}
@@ -140,11 +145,13 @@ private:
     int32_t seenLeft_ = 0;
 };
 
-// A type whose logic isn't built yet. It keeps its place, name and output slot.
+// A type whose logic isn't built yet. It keeps its place, name and output slot, and its
+// whole record as it was read, to be written back byte for byte.
 class PlaceholderModule final : public Module {
 public:
     explicit PlaceholderModule(ModuleTypeId type) : Module(type, {}) {}
     bool isPlaceholder() const override { return true; }
+    std::vector<uint8_t> record;  // head included; empty for one made in this session
 
 protected:
     void update(Engine&) override {}

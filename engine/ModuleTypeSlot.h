@@ -53,6 +53,10 @@ public:
     // Writes a blank record into the slot; the index stays taken by nothing.
     void freeSlot(int16_t index, const std::function<std::unique_ptr<Module>()>& make);
 
+    // Takes the records of a loaded file; index = place in the vector.
+    void adopt(std::vector<std::unique_ptr<Module>> records) { records_ = std::move(records); }
+    // Records to write: every slot up to the last, or none when no module is placed.
+    size_t SaveCount() const { return anyActive() ? records_.size() : 0; }
     size_t slotCount() const { return records_.size(); }
     Module* at(int16_t index) const;  // nullptr past the end
     bool anyActive() const;

@@ -1,12 +1,14 @@
 #pragma once
 // Little-endian, packed bytes of a record as the module file stores them. Strings are
-// Windows-1252 on disk and UTF-8 in memory; the file layer converts, these classes don't.
+// Windows-1252 on disk and UTF-8 in memory: str() and fixed() convert.
 
 #include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "engine/Cp1252.h"
 
 namespace quillmer {
 
@@ -29,12 +31,14 @@ public:
         for (int shift = 0; shift < 32; shift += 8) u8(static_cast<uint8_t>(u >> shift));
     }
     // A variable string: u16 length, then the bytes.
-    void str(std::string_view s) {
+    void str(std::string_view text) {
+        const std::string s = utf8ToCp1252(text);
         u16(static_cast<uint16_t>(s.size()));
         bytes_.insert(bytes_.end(), s.begin(), s.end());
     }
     // A fixed string of exactly n bytes, padded with blanks (cut when longer).
-    void fixed(std::string_view s, size_t n) {
+    void fixed(std::string_view text, size_t n) {
+        const std::string s = utf8ToCp1252(text);
         for (size_t i = 0; i < n; ++i) u8(i < s.size() ? static_cast<uint8_t>(s[i]) : uint8_t{' '});
     }
     void raw(const std::vector<uint8_t>& block) { bytes_.insert(bytes_.end(), block.begin(), block.end()); }
@@ -70,14 +74,14 @@ public:
         need(n);
         std::string s(reinterpret_cast<const char*>(data_ + pos_), n);
         pos_ += n;
-        return s;
+        return cp1252ToUtf8(s);
     }
     // A fixed string of n bytes, trailing blanks kept.
     std::string fixed(size_t n) {
         need(n);
         std::string s(reinterpret_cast<const char*>(data_ + pos_), n);
         pos_ += n;
-        return s;
+        return cp1252ToUtf8(s);
     }
     std::vector<uint8_t> raw(size_t n) {
         need(n);

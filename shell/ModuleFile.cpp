@@ -1,0 +1,269 @@
+// Loading and saving a whole patch: the header, then every type's records in file order.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+
+#include "engine/FileLayout.h"
+#include "shell/AuthorName.h"
+#include "shell/Session.h"
+
+namespace quillmer {
+
+namespace {
+
+std::string trimmed(const std::string& text) {
+    const size_t end = text.find_last_not_of(' ');
+    return end == std::string::npos ? std::string() : text.substr(0, end + 1);
+}
+
+void writeHead(ByteWriter& out, const Module& m) {
+    out.i16(m.Active);
+    out.i16(m.Enabled);
+    out.i16(m.OutSlot);
+    out.i16(m.Priority);
+    out.i16(m.Page);
+    out.i32(m.Top);
+    out.i32(m.Left);
+    out.str(m.Name);
+}
+
+void readHead(ByteReader& in, Module& m) {
+    m.Active = in.i16();
+    m.Enabled = in.i16();
+    m.OutSlot = in.i16();
+    m.Priority = in.i16();
+    m.Page = in.i16();
+    m.Top = in.i32();
+    m.Left = in.i32();
+    m.Name = in.str();
+}
+
+// A placeholder's record as read: the head words stand first whatever the layout.
+void readPlaceholderHead(PlaceholderModule& m, const std::vector<LayoutToken>& layout) {
+    ByteReader in(m.record);
+    m.Active = in.i16();
+    m.Enabled = in.i16();
+    m.OutSlot = in.i16();
+    m.Priority = in.i16();
+    m.Page = in.i16();
+    if (in.remaining() >= 8) {
+        m.Top = in.i32();
+        m.Left = in.i32();
+    }
+    if (layout.front().kind == LayoutToken::Kind::Head) {
+        m.Name = in.str();
+    } else if (m.info().hasOutput() && layout.size() > 1 && layout[1].kind == LayoutToken::Kind::Strings) {
+        ByteReader afterBlock(m.record.data() + layout[0].count, m.record.size() - layout[0].count);
+        m.Name = afterBlock.str();
+    }
+}
+
+// A placeholder made in this session: a blank record of its layout with its head filled in.
+std::vector<uint8_t> placeholderRecord(const Module& m, const std::vector<LayoutToken>& layout) {
+    std::vector<uint8_t> blank = blankRecordBytes(layout);
+    ByteWriter head;
+    writeHead(head, m);
+    if (layout.front().kind == LayoutToken::Kind::Head) {
+        std::vector<uint8_t> bytes = head.bytes();
+        bytes.insert(bytes.end(), blank.begin() + 20, blank.end());  // after 18 head bytes and an empty name
+        return bytes;
+    }
+    const size_t words = std::min<size_t>(10, blank.size());
+    std::copy_n(head.bytes().begin(), words, blank.begin());
+    return blank;
+}
+
+std::unique_ptr<Module> readModule(const ModuleRegistry& registry, ModuleTypeId type, std::vector<uint8_t> record,
+                                   const std::vector<LayoutToken>& layout) {
+    if (registry.isBuilt(type)) {
+        std::unique_ptr<Module> m = registry.make(type);
+        ByteReader in(record);
+        readHead(in, *m);
+        m->readBody(in);
+        if (in.remaining() != 0) throw RecordFormatError("record longer than its type reads");
+        return m;
+    }
+    auto m = std::make_unique<PlaceholderModule>(type);
+    m->record = std::move(record);
+    readPlaceholderHead(*m, layout);
+    return m;
+}
+
+std::vector<uint8_t> writeModule(const Module& m, const std::vector<LayoutToken>& layout) {
+    if (m.isPlaceholder()) {
+        const auto& p = static_cast<const PlaceholderModule&>(m);
+        return p.record.empty() ? placeholderRecord(m, layout) : p.record;
+    }
+    ByteWriter out;
+    writeHead(out, m);
+    m.writeBody(out);
+    return out.bytes();
+}
+
+bool readWholeFile(const std::string& path, std::vector<uint8_t>& bytes) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return false;
+    bytes.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    return !file.bad();
+}
+
+// Writes `bytes` to a temporary file beside `path` and renames it over `path`.
+bool writeAtomically(const std::string& path, const std::vector<uint8_t>& bytes, std::string& reason) {
+    std::string temp = path + ".XXXXXX";
+    const int fd = mkstemp(temp.data());
+    if (fd < 0) {
+        reason = std::strerror(errno);
+        return false;
+    }
+    size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.data() + written, bytes.size() - written);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            break;
+        }
+        written += static_cast<size_t>(n);
+    }
+    const bool ok = written == bytes.size() && ::fsync(fd) == 0 && ::fchmod(fd, 0644) == 0;
+    if (!ok) reason = std::strerror(errno);
+    ::close(fd);
+    if (!ok || ::rename(temp.c_str(), path.c_str()) != 0) {
+        if (ok) reason = std::strerror(errno);
+        ::unlink(temp.c_str());
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool Session::LoadModuleFile(const std::string& path, std::string& error) {
+    RemoveAllModules();
+    std::vector<uint8_t> bytes;
+    const auto fail = [&](const std::string& message) {
+        RemoveAllModules();
+        engine.names.Init();
+        error = message + path;
+        return false;
+    };
+    if (!readWholeFile(path, bytes) || bytes.size() < kHeaderSize) return fail("Unable to Load: ");
+    const FileHeader header = FileHeader::read(bytes.data());
+    if (header.magic != kFileMagic || header.version > kFormatVersion || header.version < 0)
+        return fail("Incompatible File: ");
+
+    kept = header;
+    engine.SetNewTempo(header.tempo);
+    engine.CurrentSnapshot = std::clamp<int16_t>(header.currentSnapshot, 0, kSnapshotCount - 1);
+    engine.SnapshotCount = std::clamp<int16_t>(header.snapshotCount, 0, kSnapshotCount);
+    for (size_t i = 0; i < snapshots.SnapshotNames.size(); ++i) snapshots.SnapshotNames[i] = trimmed(header.snapshotNames[i]);
+    author = trimmed(transformName(header.authorName));
+    modifier = trimmed(transformName(header.modifierName));
+    fileVersion = header.versionNumber();
+    engine.options.lockModules = header.lockModules != 0;
+    for (int i = 0; i < kSliderCount; ++i)
+        engine.bus[static_cast<BusId>(sysbus::FirstSlider + i)] = static_cast<uint8_t>(header.sliderValues[static_cast<size_t>(i)] & 127);
+    engine.options.absClockA = header.absClock0;
+    engine.options.absClockB = header.absClock1;
+
+    try {
+        ByteReader in(bytes.data() + kHeaderSize, bytes.size() - kHeaderSize);
+        for (const FileSlot& slot : fileOrder()) {
+            const int16_t count = header.typeCounts[static_cast<size_t>(slot.k)];
+            if (count == 0) continue;
+            if (count < 0) throw RecordFormatError("negative record count");
+            const std::vector<LayoutToken> layout = parseLayout(slot.layout);
+            if (slot.retired()) {
+                for (int16_t i = 0; i < count; ++i) readRecordBytes(in, layout);  // parsed and dropped
+                continue;
+            }
+            const ModuleTypeId type = *typeIdByName(slot.type);
+            std::vector<std::unique_ptr<Module>> records;
+            records.reserve(static_cast<size_t>(count));
+            for (int16_t i = 0; i < count; ++i)
+                records.push_back(readModule(engine.registry(), type, readRecordBytes(in, layout), layout));
+            engine.restoreInstances(type, std::move(records));
+        }
+    } catch (const RecordFormatError&) {
+        return fail("Unable to Load: ");
+    }
+
+    engine.finishRestore();
+    snapshots.SetNewPatch();
+    SetModified(false);
+    engine.showPage(std::clamp<int>(header.currentPage, 0, kPageCount - 1));
+    engine.bus[sysbus::Page] = static_cast<uint8_t>(engine.CurrentPage());
+    engine.markPatchLoaded();
+    engine.setRun(header.runState != 0);
+    return true;
+}
+
+bool Session::SaveModuleFile(const std::string& path, std::string& error) {
+    snapshots.doPatchAuto();
+    SetModified(false);
+
+    FileHeader header = kept;
+    header.magic = kFileMagic;
+    header.version = kFormatVersion;
+    header.currentSnapshot = engine.CurrentSnapshot;
+    header.snapshotCount = engine.SnapshotCount;
+    for (size_t i = 0; i < header.snapshotNames.size(); ++i) header.snapshotNames[i] = snapshots.SnapshotNames[i];
+    header.tempo = static_cast<int16_t>(engine.Tempo());
+    header.currentPage = static_cast<int16_t>(engine.CurrentPage());
+    header.modifierName = transformName(userName.substr(0, 32));
+    header.authorName = author.empty() ? header.modifierName : transformName(trimmed(author.substr(0, 32)));
+    modifier = userName;
+    if (author.empty()) author = userName;
+    header.versionMajor = ProgramVersion::major;
+    header.versionMinor = ProgramVersion::minor;
+    header.versionRevision = ProgramVersion::revision;
+    fileVersion = header.versionNumber();
+    header.lockModules = engine.options.lockModules ? 1 : 0;
+    header.runState = engine.bus[sysbus::Run];
+    for (int i = 0; i < kSliderCount; ++i)
+        header.sliderValues[static_cast<size_t>(i)] = engine.bus[static_cast<BusId>(sysbus::FirstSlider + i)];
+    header.absClock0 = static_cast<int16_t>(engine.options.absClockA);
+    header.absClock1 = static_cast<int16_t>(engine.options.absClockB);
+
+    std::vector<uint8_t> records;
+    for (const FileSlot& slot : fileOrder()) {
+        header.typeCounts[static_cast<size_t>(slot.k)] = 0;
+        if (slot.retired()) continue;
+        const ModuleTypeSlot& type = engine.typeSlot(*typeIdByName(slot.type));
+        const size_t count = type.SaveCount();
+        header.typeCounts[static_cast<size_t>(slot.k)] = static_cast<int16_t>(count);
+        const std::vector<LayoutToken> layout = parseLayout(slot.layout);
+        for (size_t i = 0; i < count; ++i) {
+            const Module& m = *type.at(static_cast<int16_t>(i));
+            const std::vector<uint8_t> record = writeModule(m, layout);
+            ByteReader check(record);
+            if (readRecordBytes(check, layout).size() != record.size() || check.remaining() != 0) {
+                error = "Unable to Save: " + path + " (a " + std::string(slot.type) + " record doesn't fit its layout)";
+                return false;
+            }
+            records.insert(records.end(), record.begin(), record.end());
+        }
+    }
+
+    std::vector<uint8_t> bytes = header.write();
+    bytes.insert(bytes.end(), records.begin(), records.end());
+    // A shorter patch saved over a longer file leaves the old tail behind it, unread.
+    std::vector<uint8_t> old;
+    if (readWholeFile(path, old) && old.size() > bytes.size()) bytes.insert(bytes.end(), old.begin() + static_cast<long>(bytes.size()), old.end());
+
+    std::string reason;
+    if (!writeAtomically(path, bytes, reason)) {
+        error = "Unable to Save: " + path + " (" + reason + ")";
+        SetModified(true);
+        return false;
+    }
+    return true;
+}
+
+}  // namespace quillmer

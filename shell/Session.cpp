@@ -1,0 +1,99 @@
+#include "shell/Session.h"
+
+#include <cstdlib>
+
+#include "shell/AuthorName.h"
+
+namespace quillmer {
+
+namespace {
+constexpr int32_t kChainDelayMs = 100;
+constexpr const char* kProduct = "Quillmer";
+
+std::string baseName(const std::string& path) {
+    const size_t slash = path.find_last_of('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+}  // namespace
+
+Session::Session(TimerService& timers, const ModuleRegistry& registry)
+    : engine(timers, registry, this), snapshots(engine) {
+    const char* user = std::getenv("USER");
+    userName = user && *user ? user : "Anonymous";
+    snapshots.markModified = [this] { SetModified(true); };
+    snapshots.wiped = [this] { resetComposerList(); };
+    engine.events.patchChanged = [this](bool changed) {
+        if (changed) SetModified(true);
+    };
+    chainTimer_ = timers.addTimer("chain load", [this] { onChainTimer(); });
+    resetComposerList();
+}
+
+Session::~Session() { engine.timers().setInterval(chainTimer_, 0); }
+
+void Session::SetModified(bool changed) {
+    ChangedMark = changed;
+    if (SaveWarningArmed) ModifiedMark = changed;
+}
+
+void Session::toggleSaveWarning() {
+    SaveWarningArmed = !SaveWarningArmed;
+    ModifiedMark = SaveWarningArmed && ChangedMark;
+}
+
+void Session::resetComposerList() {
+    kept.composerSnapshots.fill(0);
+    kept.composerMeasures.fill(7);
+    kept.composerCount = 0;
+    kept.composerBegin = 0;
+    kept.composerEnd = 0;
+}
+
+void Session::RemoveAllModules() {
+    engine.CloseAllModules();
+    snapshots.WipePatchList();
+}
+
+void Session::newPatch() {
+    engine.StopTimers();
+    RemoveAllModules();
+    engine.StartTimers();
+    CurrentFileName.clear();
+    author.clear();
+    modifier.clear();
+    engine.options.lockModules = false;
+    SetModified(false);
+}
+
+bool Session::OpenFile(const std::string& path, std::string& error) {
+    SetModified(false);
+    engine.StopTimers();
+    RemoveAllModules();
+    CurrentFileName = path;
+    const bool loaded = LoadModuleFile(path, error);
+    engine.StartTimers();
+    return loaded;
+}
+
+std::string Session::caption() const {
+    if (CurrentFileName.empty()) return kProduct;
+    return BuildAuthorCaption(author, modifier, fileVersion) + baseName(CurrentFileName) + "  " + kProduct;
+}
+
+void Session::requestChainLoad(const std::string& file) {
+    ChainFile = file == "Exit Quillmer" ? std::string() : file;
+    engine.timers().setInterval(chainTimer_, kChainDelayMs);
+}
+
+void Session::onChainTimer() {
+    auto held = engine.lock();
+    engine.timers().setInterval(chainTimer_, 0);
+    if (ChainFile.empty()) {
+        if (exitRequested) exitRequested();
+        return;
+    }
+    std::string error;
+    if (!OpenFile(ChainFile, error) && chainFailed) chainFailed(error);
+}
+
+}  // namespace quillmer

@@ -1,0 +1,78 @@
+#pragma once
+// One open patch and everything that goes with it: the engine, the snapshots, the file it
+// came from and whether it changed since. The desktop program and the command line both
+// work through a Session. Thread rule: members need the engine lock, except the chain
+// timer's entry point, which takes it.
+
+#include <functional>
+#include <string>
+
+#include "engine/Engine.h"
+#include "engine/EngineSeams.h"
+#include "shell/FileHeader.h"
+#include "shell/Snapshots.h"
+
+namespace quillmer {
+
+// The program's own version, written into every saved file.
+struct ProgramVersion {
+    static constexpr int16_t major = 0;
+    static constexpr int16_t minor = 1;
+    static constexpr int16_t revision = 0;
+};
+
+class Session : public EngineSeams {
+public:
+    Session(TimerService& timers, const ModuleRegistry& registry);
+    ~Session() override;
+
+    Engine engine;
+    Snapshots snapshots;
+    // What the file header keeps that has no other home yet: the Composer list, the
+    // floating sliders and the window size. Written back as it was read.
+    FileHeader kept;
+
+    std::string CurrentFileName;  // empty for a new patch
+    std::string author;           // of the open file, plain
+    std::string modifier;
+    int fileVersion = 0;          // major * 100 + minor * 10 + revision of the open file
+    std::string userName;         // who saves
+
+    // --- the modified mark and the save light ---
+    bool ModifiedMark = false;
+    bool ChangedMark = false;
+    bool SaveWarningArmed = true;
+    // 1 clean, 2 changed and armed (yellow), 3 changed and not armed.
+    int saveLight() const { return !ChangedMark ? 1 : SaveWarningArmed ? 2 : 3; }
+    void SetModified(bool changed);
+    void toggleSaveWarning();
+
+    // --- files (the caller stops the timers first and starts them after) ---
+    // False with "Unable to Load: FILE" or "Incompatible File: FILE"; the patch is then empty.
+    bool LoadModuleFile(const std::string& path, std::string& error);
+    // Atomic: the file that was there stays whole when anything fails.
+    bool SaveModuleFile(const std::string& path, std::string& error);
+    // Everything that belongs to a patch goes; tempo and options stay.
+    void RemoveAllModules();
+    // File New, OpenFile: with the timers stopped and started around them.
+    void newPatch();
+    bool OpenFile(const std::string& path, std::string& error);
+    // Title bar text: author caption, file name, two blanks, the product.
+    std::string caption() const;
+
+    // --- Chain ---
+    std::string ChainFile;
+    std::function<void()> exitRequested;           // a chain with no next file
+    std::function<void(const std::string&)> chainFailed;
+
+    // EngineSeams
+    void SetNewPatch() override { snapshots.SetNewPatch(); }
+    void requestChainLoad(const std::string& file) override;
+
+private:
+    void onChainTimer();
+    void resetComposerList();
+    TimerId chainTimer_ = -1;
+};
+
+}  // namespace quillmer
