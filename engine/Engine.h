@@ -41,6 +41,7 @@ struct EngineOptions {
     int32_t absClockA = 0;        // ms, 0..32767; 0 = off
     int32_t absClockB = 0;
     SyncMode syncMode = SyncMode::None;
+    bool bankMsb = false;         // chkBankMSB: a bank is Control Change 0 alone
 };
 
 // Lamps of the main window, as state the GUI shows.
@@ -122,6 +123,11 @@ public:
     // The module map's commands on a module found by name: 0 page := argument, 1 delete,
     // 2 disable, 3 enable. False when no module has that name.
     bool MapCommand(std::string_view name, int action, int argument);
+    // A tuning table (Part of the patch's tone tables): 128 bytes, entry 127 + 1 the number
+    // of steps. Until tables are loaded every table is the chromatic twelve-step row.
+    const uint8_t* toneRow(int table) const;
+    void setToneTables(const uint8_t* tables) { toneTables_ = tables; }  // 128 x 128 bytes
+
     // Bulk placement: names go into the lists without resorting; endBulk sorts once and
     // resolves. For loading and for placing many modules at once.
     Module& placeForBulk(ModuleTypeId type);
@@ -213,6 +219,7 @@ private:
     std::mutex mutex_;
     std::vector<std::unique_ptr<ModuleTypeSlot>> types_;  // by ModuleTypeId; 0 unused
 
+    const uint8_t* toneTables_ = nullptr;
     bool patchChanged_ = false;
     bool closing_ = false;
     bool bulk_ = false;

@@ -207,6 +207,17 @@ void Engine::RecallAllPatches() {
     for (ModuleTypeId id : recallOrder()) typeSlot(id).forEachActive([this](Module& m) { m.PatchChange(*this); });
 }
 
+const uint8_t* Engine::toneRow(int table) const {
+    static const std::array<uint8_t, 128> kChromatic = [] {
+        std::array<uint8_t, 128> row{};
+        for (uint8_t step = 0; step < 12; ++step) row[step] = step;
+        row[127] = 11;
+        return row;
+    }();
+    if (!toneTables_) return kChromatic.data();
+    return toneTables_ + static_cast<size_t>(table & 127) * 128;
+}
+
 Module* Engine::findModule(std::string_view name) {
     for (size_t id = 1; id < types_.size(); ++id)
         if (types_[id]->TypeUsed)

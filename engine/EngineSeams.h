@@ -14,6 +14,8 @@ public:
 
     // Tick step 2: a timed Composer recording counts its remaining ticks; true when it ran out.
     virtual bool composerRecordingElapsed() { return false; }
+    // A timed recording has run out: note modules start no more notes.
+    virtual bool recordingTimeUp() const { return false; }
     // Every whole note: keep the process at high priority; advance the Composer; sample the
     // process load for the CPU meter.
     virtual void raiseProcessPriority() {}

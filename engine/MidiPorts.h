@@ -125,6 +125,13 @@ public:
     void sendPerTickBytes();
     void sendClockReset();
 
+    // --- instruments ---
+    // The bank last chosen on each ChanPort by a channel module.
+    std::array<int16_t, kChannelSlots> currentBank{};
+    // Voice and bank names for captions; empty when no name files are loaded.
+    std::function<std::string(int bank, int program)> voiceName;
+    std::function<std::string(int bank)> bankName;
+
     // --- input ---
     MidiInputTables in;
     std::array<bool, kPortCount> InputOpen{};

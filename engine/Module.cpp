@@ -33,6 +33,7 @@ void Module::attach(Engine& engine, int16_t index) {
     OutBus = family == kNoBusFamily ? BusId{0} : busIdOf(family, index);
     seenTop_ = Top;
     seenLeft_ = Left;
+    onAttach(engine);
 }
 
 void Module::presetInputsInAllSnapshots(const OutputNames& names) {

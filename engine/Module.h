@@ -118,6 +118,8 @@ public:
     virtual void readFields(ByteReader& /*in*/) {}
 
 protected:
+    // Called when the instance is placed or loaded, before its first update.
+    virtual void onAttach(Engine& /*engine*/) {}
     // The type's computation (inputs read, output written on change).
     virtual void update(Engine& engine) = 0;
     // Per-snapshot settings of the type besides its inputs.

@@ -13,6 +13,12 @@ void ModuleRegistry::add(std::string_view typeName, Factory factory) {
     slot = std::move(factory);
 }
 
+void ModuleRegistry::replace(std::string_view typeName, Factory factory) {
+    const auto id = typeIdByName(typeName);
+    if (!id) throw std::logic_error("registry: " + std::string(typeName) + " is not in the catalogue");
+    factories_[static_cast<size_t>(*id)] = std::move(factory);
+}
+
 bool ModuleRegistry::isBuilt(ModuleTypeId id) const {
     return id >= 1 && id <= kTypeCount && factories_[static_cast<size_t>(id)] != nullptr;
 }

@@ -1,5 +1,7 @@
 #include "modules/BuiltTypes.h"
 
+#include "modules/midi/ChannelOutputs.h"
+#include "modules/midi/NoteOutputs.h"
 #include "modules/panels/Chain.h"
 #include "modules/processors/Arithmetic.h"
 
@@ -8,6 +10,12 @@ namespace quillmer {
 void registerBuiltTypes(ModuleRegistry& registry) {
     registry.add<Div>("Div");
     registry.add<Chain>("Chain");
+    registry.add<MIDITone>("MIDITone");
+    registry.add<MIDIVoice>("MIDIVoice");
+    registry.add<MIDIKey>("MIDIKey");
+    registry.add<MIDIChan>("MIDIChan");
+    registry.add<MIDIPoly>("MIDIPoly");
+    registry.add<MIDIPBend>("MIDIPBend");
 }
 
 const ModuleRegistry& builtTypes() {

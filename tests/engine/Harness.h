@@ -36,7 +36,7 @@ struct Harness {
         registerBuiltTypes(registry);
         for (const std::string& name : probeTypes) {
             const ModuleTypeId id = *typeIdByName(name);
-            registry.add(name, [this, id] { return std::make_unique<Probe>(id, &log); });
+            registry.replace(name, [this, id] { return std::make_unique<Probe>(id, &log); });
         }
         engine = std::make_unique<Engine>(timers, registry);
     }

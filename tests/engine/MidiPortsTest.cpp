@@ -25,7 +25,7 @@ protected:
 
 struct PortHarness : Harness {
     PortHarness() : Harness({"Unity", "Clock"}) {
-        registry.add("MIDIKey", [] { return std::make_unique<Sender>(*typeIdByName("MIDIKey")); });
+        registry.replace("MIDIKey", [] { return std::make_unique<Sender>(*typeIdByName("MIDIKey")); });
         engine = std::make_unique<Engine>(timers, registry);
     }
     FakeOutput& attach(int port, std::string name = "Synth") {
