@@ -186,6 +186,8 @@ public:
 
     // One tick, steps 1..15 (lock held). Slave mode calls it from MIDI input.
     void tick();
+    // Ticks run since the engine was made, the last tick of a stop included.
+    uint64_t ticksRun() const { return ticksRun_; }
     // The update order of one tick.
     void TickModules();
     // The immediate MIDI-input pass; the next tick then skips its own pass 6.
@@ -228,6 +230,7 @@ private:
     int32_t cursorLeft_ = 0;
     int currentPage_ = 0;
 
+    uint64_t ticksRun_ = 0;
     int tempo_ = 120;
     int32_t tickPeriod_ = 21;
     bool timersRunning_ = false;

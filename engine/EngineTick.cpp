@@ -91,6 +91,7 @@ void Engine::tick() {
     OutputStamp += tickPeriod_;
     counters.advance();
     bus[sysbus::Turbo] = static_cast<uint8_t>((bus[sysbus::Turbo] + 1) & 127);
+    ++ticksRun_;
 }
 
 void Engine::updateLamps() {
