@@ -210,7 +210,10 @@ void Engine::RecallAllPatches() {
 const uint8_t* Engine::toneRow(int table) const {
     static const std::array<uint8_t, 128> kChromatic = [] {
         std::array<uint8_t, 128> row{};
-        for (uint8_t step = 0; step < 12; ++step) row[step] = step;
+        for (uint8_t step = 0; step < 12; ++step) {
+            row[step] = step;
+            row[64u + step] = 1;  // no bend: 1 + 63 is the centre
+        }
         row[127] = 11;
         return row;
     }();

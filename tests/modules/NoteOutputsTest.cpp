@@ -55,7 +55,7 @@ TEST(MIDITone, SetUpFirstThenBendBeforeEachNote) {
     EXPECT_EQ(tone.programCaption, "0. ");
     h.connect(tone, 0, " On (127)");
     h.ticks(1);
-    EXPECT_EQ(h.take(), (std::vector<Bytes>{{0xE0, 0, 63}, {0x90, 60, 127}}));
+    EXPECT_EQ(h.take(), (std::vector<Bytes>{{0xE0, 0, 64}, {0x90, 60, 127}}));
     h.ticks(3);
     EXPECT_TRUE(h.take().empty()) << "the gate stays high: nothing more";
     h.connect(tone, 0, " Off (0)");
