@@ -10,12 +10,6 @@ namespace quillmer {
 namespace {
 enum ChanInput { kBank, kAfterTouch, kVolume, kBreath, kFoot, kExpression, kPortamento };
 
-void writeChanPorts(ByteWriter& out, const std::array<uint8_t, kSnapshotCount>& chanPorts) {
-    for (uint8_t cp : chanPorts) out.u8(cp);
-}
-void readChanPorts(ByteReader& in, std::array<uint8_t, kSnapshotCount>& chanPorts) {
-    for (uint8_t& cp : chanPorts) cp = static_cast<uint8_t>(in.u8() & 63);
-}
 }  // namespace
 
 // --- MIDIChan ---
@@ -64,14 +58,6 @@ void MIDIChan::update(Engine& engine) {
     }
 }
 
-// Per snapshot: ChanPort.
-void MIDIChan::writeFields(ByteWriter& out) const { writeChanPorts(out, storedChanPort_); }
-void MIDIChan::readFields(ByteReader& in) {
-    readChanPorts(in, storedChanPort_);
-    SendSetup = false;
-    ChanPort = storedChanPort_[0];
-}
-
 // --- MIDIPoly ---
 
 MIDIPoly::MIDIPoly() : ChannelModule(*typeIdByName("MIDIPoly"), kInputs) { storedKey_.fill(key); }
@@ -93,26 +79,24 @@ std::string MIDIPoly::setKeyText(const std::string& text) {
 }
 
 void MIDIPoly::recallSettings(int snapshot) {
-    ChanPort = storedChanPort_[static_cast<size_t>(snapshot)];
+    ChannelModule::recallSettings(snapshot);
     key = storedKey_[static_cast<size_t>(snapshot)];
 }
 
 void MIDIPoly::storeSettings(int snapshot) {
-    storedChanPort_[static_cast<size_t>(snapshot)] = static_cast<uint8_t>(ChanPort);
+    ChannelModule::storeSettings(snapshot);
     storedKey_[static_cast<size_t>(snapshot)] = key;
 }
 
 // Per snapshot: ChanPort, then the key.
 void MIDIPoly::writeFields(ByteWriter& out) const {
-    writeChanPorts(out, storedChanPort_);
+    ChannelModule::writeFields(out);
     for (uint8_t k : storedKey_) out.u8(k);
 }
 
 void MIDIPoly::readFields(ByteReader& in) {
-    readChanPorts(in, storedChanPort_);
+    ChannelModule::readFields(in);
     for (uint8_t& k : storedKey_) k = static_cast<uint8_t>(in.u8() & 127);
-    SendSetup = false;
-    ChanPort = storedChanPort_[0];
     key = storedKey_[0];
 }
 
@@ -125,14 +109,6 @@ void MIDIPBend::update(Engine& engine) {
     if (value == last_ && !engine.ResyncPending) return;
     last_ = static_cast<int16_t>(value);
     send(engine, 0xE0, 0, value, ControlTrack);
-}
-
-// Per snapshot: ChanPort.
-void MIDIPBend::writeFields(ByteWriter& out) const { writeChanPorts(out, storedChanPort_); }
-void MIDIPBend::readFields(ByteReader& in) {
-    readChanPorts(in, storedChanPort_);
-    SendSetup = false;
-    ChanPort = storedChanPort_[0];
 }
 
 }  // namespace quillmer

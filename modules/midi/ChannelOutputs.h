@@ -24,13 +24,8 @@ public:
     MIDIChan();
     std::string bankCaption;  // "3. Orchestra"
 
-    void writeFields(ByteWriter& out) const override;
-    void readFields(ByteReader& in) override;
-
 protected:
     void update(Engine& engine) override;
-    void recallSettings(int snapshot) override { ChanPort = storedChanPort_[static_cast<size_t>(snapshot)]; }
-    void storeSettings(int snapshot) override { storedChanPort_[static_cast<size_t>(snapshot)] = static_cast<uint8_t>(ChanPort); }
 
 private:
     std::array<int16_t, 7> last_{-1, -1, -1, -1, -1, -1, -1};
@@ -65,13 +60,8 @@ public:
     static constexpr InputSpec kInputs[] = {{" Input", "Pitch bend, 64 is the centre", sysbus::Mid}};
     MIDIPBend();
 
-    void writeFields(ByteWriter& out) const override;
-    void readFields(ByteReader& in) override;
-
 protected:
     void update(Engine& engine) override;
-    void recallSettings(int snapshot) override { ChanPort = storedChanPort_[static_cast<size_t>(snapshot)]; }
-    void storeSettings(int snapshot) override { storedChanPort_[static_cast<size_t>(snapshot)] = static_cast<uint8_t>(ChanPort); }
 
 private:
     int16_t last_ = 63;  // so that the centre goes out at once

@@ -33,6 +33,16 @@ void ChannelModule::setChanPort(Engine& engine, int16_t chanPort) {
     viewChanged = true;
 }
 
+void ChannelModule::writeFields(ByteWriter& out) const {
+    for (uint8_t cp : storedChanPort_) out.u8(cp);
+}
+
+void ChannelModule::readFields(ByteReader& in) {
+    for (uint8_t& cp : storedChanPort_) cp = static_cast<uint8_t>(in.u8() & 63);
+    SendSetup = false;  // a module read from a file sends no set-up
+    ChanPort = storedChanPort_[0];
+}
+
 std::string ChannelModule::channelCaption() const { return channelSlotCaption(ChanPort); }
 
 void ChannelModule::send(Engine& engine, int status, int data1, int data2, int track) const {
@@ -143,26 +153,24 @@ void MIDIVoice::SendNoteOff(Engine& engine) {
 }
 
 void MIDIVoice::recallSettings(int snapshot) {
-    ChanPort = storedChanPort_[static_cast<size_t>(snapshot)];
+    ChannelModule::recallSettings(snapshot);
     legato = storedLegato_[static_cast<size_t>(snapshot)] != 0;
 }
 
 void MIDIVoice::storeSettings(int snapshot) {
-    storedChanPort_[static_cast<size_t>(snapshot)] = static_cast<uint8_t>(ChanPort);
+    ChannelModule::storeSettings(snapshot);
     storedLegato_[static_cast<size_t>(snapshot)] = legato ? 1 : 0;
 }
 
 // Per snapshot: ChanPort, then the legato switch.
 void MIDIVoice::writeFields(ByteWriter& out) const {
-    for (uint8_t cp : storedChanPort_) out.u8(cp);
+    ChannelModule::writeFields(out);
     for (uint8_t l : storedLegato_) out.u8(l);
 }
 
 void MIDIVoice::readFields(ByteReader& in) {
-    for (uint8_t& cp : storedChanPort_) cp = static_cast<uint8_t>(in.u8() & 63);
+    ChannelModule::readFields(in);
     for (uint8_t& l : storedLegato_) l = in.u8();
-    SendSetup = false;
-    ChanPort = storedChanPort_[0];
 }
 
 // --- MIDITone ---

@@ -23,8 +23,14 @@ public:
     void setChanPort(Engine& engine, int16_t chanPort);
     std::string channelCaption() const;  // "1 A" .. "16D"
 
+    // Per snapshot: the ChanPort.
+    void writeFields(ByteWriter& out) const override;
+    void readFields(ByteReader& in) override;
+
 protected:
     void onAttach(Engine& engine) override;
+    void recallSettings(int snapshot) override { ChanPort = storedChanPort_[static_cast<size_t>(snapshot)]; }
+    void storeSettings(int snapshot) override { storedChanPort_[static_cast<size_t>(snapshot)] = static_cast<uint8_t>(ChanPort); }
     void send(Engine& engine, int status, int data1, int data2, int track) const;
     int channel() const { return ChanPort & 15; }
     int port() const { return (ChanPort / 16) & 3; }
