@@ -74,6 +74,9 @@ public:
     const TypeInfo& info() const { return typeInfo(type_); }
     int inputCount() const { return static_cast<int>(inputs_.size()); }
     const InputSpec& inputSpec(int k) const { return inputs_[static_cast<size_t>(k)]; }
+    // The input behind button `row` of the panel's connection menu. Inputs are declared in
+    // stored order; a type whose panel lists them in another order overrides this.
+    virtual int menuInput(int row) const { return row; }
     uint8_t lastOutput() const { return lastOutput_; }
     // Set when the output or another shown value changed; the panel clears it after drawing.
     bool viewChanged = false;

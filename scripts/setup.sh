@@ -8,6 +8,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   qt6-base-dev
   librtmidi-dev libfluidsynth-dev timgm6mb-soundfont
+  libjack-jackd2-dev libasound2-dev
   libsmf-dev libglib2.0-dev
   libcli11-dev
   jackd2

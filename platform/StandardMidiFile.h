@@ -1,0 +1,64 @@
+#pragma once
+// Standard MIDI files through libsmf: writing a recording, and reading a file back event by
+// event (what a test or a check needs to see of a recording).
+//
+// The writer makes format 1, division 480. Track 0 holds the tempo (microseconds per
+// quarter = 60000000 / tempo), time signature 4/4 and key C major; channel messages go on
+// the tracks after it, numbered by the caller, each after its delta in file ticks. A track
+// number skipped by the caller is written as an empty track, so the file's track numbers
+// are the caller's. Events are kept in memory until save(), which writes to a temporary
+// file beside the target and renames it over the target: a failed save leaves the old file
+// as it was and no part-written file behind. Thread rule: one thread.
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "engine/MidiRecording.h"
+
+namespace quillmer {
+
+constexpr int kMidiFileDivision = 480;
+
+class MidiFileWriter final : public MidiFileSink {
+public:
+    // A new file; what was added before is dropped. `tempo` in beats a minute, 1 or more.
+    void begin(int tempo) override;
+    // `track` 1 or more; `bytes` a channel message of 2 or 3 bytes (others are ignored).
+    void add(int track, uint32_t delta, std::span<const uint8_t> bytes) override;
+    // False with `error` naming the file.
+    bool save(const std::string& path, std::string& error) override;
+
+    // Tracks including the tempo track.
+    int trackCount() const { return static_cast<int>(tracks_.size()); }
+
+private:
+    struct Event {
+        uint32_t delta = 0;
+        uint8_t length = 0;
+        uint8_t bytes[3] = {};
+    };
+    bool writeTo(const std::string& file) const;
+
+    int tempo_ = 120;
+    std::vector<std::vector<Event>> tracks_{1};  // [0] is the tempo track
+};
+
+struct MidiFileEvent {
+    uint32_t delta = 0;     // ticks since the previous event of its track
+    uint32_t absolute = 0;  // ticks since the start
+    std::vector<uint8_t> bytes;  // the message; meta events start with 0xFF
+};
+
+struct MidiFileContents {
+    int format = 0;
+    int division = 0;
+    std::vector<std::vector<MidiFileEvent>> tracks;  // end-of-track events included
+};
+
+// Nothing when the file can't be read or isn't a MIDI file.
+std::optional<MidiFileContents> readMidiFile(const std::string& path);
+
+}  // namespace quillmer
