@@ -3,6 +3,9 @@
 #include <cstdlib>
 
 #include "shell/AuthorName.h"
+#include "shell/DataFiles.h"
+
+#include <filesystem>
 
 namespace quillmer {
 
@@ -27,6 +30,8 @@ Session::Session(TimerService& timers, const ModuleRegistry& registry)
     };
     chainTimer_ = timers.addTimer("chain load", [this] { onChainTimer(); });
     resetComposerList();
+    engine.setToneTables(tones.rows.data());
+    LoadAuxFiles({});
 }
 
 Session::~Session() { engine.timers().setInterval(chainTimer_, 0); }
@@ -62,6 +67,7 @@ void Session::newPatch() {
     author.clear();
     modifier.clear();
     engine.options.lockModules = false;
+    LoadAuxFiles({});
     SetModified(false);
 }
 
@@ -71,8 +77,29 @@ bool Session::OpenFile(const std::string& path, std::string& error) {
     RemoveAllModules();
     CurrentFileName = path;
     const bool loaded = LoadModuleFile(path, error);
+    LoadAuxFiles(loaded ? path : std::string());
     engine.StartTimers();
     return loaded;
+}
+
+void Session::LoadAuxFiles(const std::string& patchPath) {
+    const auto loadDefault = [this] {
+        tones = ToneTables{};
+        LoadToneTables(findDataFile("default.pbt"), tones);
+        ownToneTables_ = false;
+    };
+    if (patchPath.empty()) {
+        loadDefault();
+        return;
+    }
+    // The other side files (.tbl, .bst, .ufn) join here, in that order around .pbt.
+    const std::string own = std::filesystem::path(patchPath).replace_extension(".pbt").string();
+    if (std::filesystem::is_regular_file(own)) {
+        LoadToneTables(own, tones);
+        ownToneTables_ = true;
+    } else if (ownToneTables_) {
+        loadDefault();
+    }
 }
 
 std::string Session::caption() const {

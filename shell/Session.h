@@ -11,6 +11,7 @@
 #include "engine/EngineSeams.h"
 #include "shell/FileHeader.h"
 #include "shell/Snapshots.h"
+#include "tables/ToneTables.h"
 
 namespace quillmer {
 
@@ -28,6 +29,7 @@ public:
 
     Engine engine;
     Snapshots snapshots;
+    ToneTables tones;  // the tuning tables the note modules play through
     // What the file header keeps that has no other home yet: the Composer list, the
     // floating sliders and the window size. Written back as it was read.
     FileHeader kept;
@@ -57,6 +59,12 @@ public:
     // File New, OpenFile: with the timers stopped and started around them.
     void newPatch();
     bool OpenFile(const std::string& path, std::string& error);
+    // Side files with the patch's base name load with it ("song.pbt" beside "song.qmp");
+    // where the last patch had one and this one hasn't, the default comes back. An empty
+    // path loads every default.
+    void LoadAuxFiles(const std::string& patchPath);
+    bool usesOwnToneTables() const { return ownToneTables_; }
+
     // Title bar text: author caption, file name, two blanks, the product.
     std::string caption() const;
 
@@ -73,6 +81,7 @@ private:
     void onChainTimer();
     void resetComposerList();
     TimerId chainTimer_ = -1;
+    bool ownToneTables_ = false;
 };
 
 }  // namespace quillmer

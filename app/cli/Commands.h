@@ -1,0 +1,21 @@
+#pragma once
+// The subcommands of quillmer-cli. Each adds itself to the command line; when it is chosen,
+// its callback runs and leaves the program's exit status in `exitStatus`. A failure is one
+// line on stderr and a non-zero status.
+
+namespace CLI {
+class App;
+}
+
+namespace quillmer {
+
+// `ports`: the MIDI devices that can be chosen, and which MIDI systems work now.
+void addPortsCommand(CLI::App& app, int& exitStatus);
+// `info FILE [--json]`: header fields, snapshots, Composer list and every module.
+void addInfoCommand(CLI::App& app, int& exitStatus);
+// `run FILE (--ticks N | --bars N) ...`: play a patch, offline unless --realtime.
+void addRunCommand(CLI::App& app, int& exitStatus);
+// `convert IN OUT`: load and save again.
+void addConvertCommand(CLI::App& app, int& exitStatus);
+
+}  // namespace quillmer

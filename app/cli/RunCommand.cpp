@@ -1,0 +1,211 @@
+// `run`: a patch played for a number of ticks, offline in virtual time unless --realtime,
+// with a trace of chosen outputs, a recorded MIDI file and a rendered WAV file.
+
+#include <CLI/CLI.hpp>
+
+#include <chrono>
+#include <iostream>
+#include <thread>
+
+#include "app/cli/Commands.h"
+#include "app/cli/PatchLoading.h"
+#include "engine/VirtualTimerService.h"
+#include "platform/CaptureDevice.h"
+#include "platform/DesktopDevices.h"
+#include "platform/StandardMidiFile.h"
+#include "platform/OfflineSynthOutput.h"
+#include "platform/RealTimeTimerService.h"
+#include "platform/VirtualTimeStampedOutput.h"
+#include "shell/Session.h"
+
+namespace quillmer {
+
+namespace {
+
+constexpr int kTailMs = 1500;  // the synth's release after the last tick
+
+struct RunOptions {
+    std::string file;
+    int64_t ticks = 0;
+    int64_t bars = 0;
+    std::vector<std::string> trace;
+    int32_t seed = 0;
+    int tempo = 0;
+    std::string record;
+    std::string wav;
+    bool realtime = false;
+    bool pressRun = false;
+    std::vector<std::string> ports;  // "A=DEVICE"
+};
+
+int fail(const std::string& message) {
+    std::cerr << "quillmer-cli: " << message << '\n';
+    return 1;
+}
+
+// The bus ids of the traced outputs, by name; false for a name no output has.
+bool traceIds(Engine& e, const std::vector<std::string>& names, std::vector<BusId>& ids, std::string& unknown) {
+    for (const std::string& name : names) {
+        const int position = e.names.sortedPosition(name);
+        if (position < 0) {
+            unknown = name;
+            return false;
+        }
+        ids.push_back(e.names.SortedIdList()[static_cast<size_t>(position)]);
+    }
+    return true;
+}
+
+void printTraceRow(Engine& e, uint64_t tick, const std::vector<BusId>& ids) {
+    std::cout << tick;
+    for (BusId id : ids) std::cout << ',' << int{e.bus[id]};
+    std::cout << '\n';
+}
+
+// Tempo, seed, the Run button and recording, before the first tick.
+void prepare(Session& session, const RunOptions& o, MidiFileWriter& recorder) {
+    Engine& e = session.engine;
+    if (o.tempo > 0) e.SetNewTempo(o.tempo);
+    if (o.seed != 0) e.options.randomSeed = o.seed;
+    if (o.pressRun) e.setRun(true);
+    if (!o.record.empty()) {
+        e.ports.setRecordSink(&recorder);
+        e.ports.setRecording(true);
+        if (e.bus[sysbus::Run] == 0) e.ports.InitializeMIDITracks();  // no run edge will do it
+    }
+}
+
+int runOffline(const RunOptions& o, int64_t ticks) {
+    if (!o.ports.empty()) return fail("--port needs --realtime: offline runs play only the built-in synth (--wav)");
+    VirtualTimerService timers;
+    Session session(timers, patchRegistry());
+    if (!loadPatch(session, o.file)) return 1;
+    Engine& e = session.engine;
+    MidiFileWriter recorder;
+    std::vector<BusId> ids;
+    {
+        auto held = e.lock();
+        std::string unknown;
+        if (!traceIds(e, o.trace, ids, unknown)) return fail("no output is named \"" + unknown + "\"");
+        if (!o.wav.empty()) {
+            auto synth = std::make_unique<OfflineSynthOutput>(timers, o.wav);
+            e.ports.attachOutput(0, std::make_unique<VirtualTimeStampedOutput>(std::move(synth), timers));
+            if (!e.ports.outputOpen(0)) return fail("Unable to make " + o.wav + ": the built-in synth didn't start");
+        } else if (!o.record.empty()) {
+            e.ports.attachOutput(0, std::make_unique<CaptureDevice>("Recorder", timers));  // recording needs a port
+        }
+        prepare(session, o, recorder);
+    }
+    if (!o.trace.empty()) {
+        std::cout << "tick";
+        for (const std::string& name : o.trace) std::cout << ',' << name;
+        std::cout << '\n';
+    }
+    const uint64_t first = e.ticksRun();
+    while (e.ticksRun() - first < static_cast<uint64_t>(ticks)) {
+        const uint64_t before = e.ticksRun();
+        if (!timers.fireNext()) return fail("the clock stopped");
+        if (e.ticksRun() != before && !o.trace.empty()) {
+            auto held = e.lock();
+            printTraceRow(e, e.ticksRun() - first, ids);
+        }
+    }
+    auto held = e.lock();
+    e.StopTimers();  // the last tick: note-offs
+    std::string error;
+    if (!o.record.empty() && !e.ports.SaveMidiFile(o.record, error)) return fail(error);
+    held.unlock();
+    if (!o.wav.empty()) {
+        timers.advanceByMs(kTailMs);
+        held.lock();
+        e.ports.StopMIDI();  // closing the synth writes the WAV file
+    }
+    return 0;
+}
+
+int runRealtime(const RunOptions& o, int64_t ticks) {
+    RealTimeTimerService timers;
+    DesktopDeviceProvider devices(timers);
+    int status = 0;
+    {
+        Session session(timers, patchRegistry());
+        Engine& e = session.engine;
+        e.ports.setProvider(&devices);
+        e.ports.onError = [](const PortError& err) { std::cerr << "quillmer-cli: " << err.title << ": " << err.text << '\n'; };
+        if (!loadPatch(session, o.file)) {
+            timers.stop();
+            return 1;
+        }
+        MidiFileWriter recorder;
+        {
+            auto held = e.lock();
+            std::vector<std::string> choices = o.ports;
+            if (choices.empty()) choices.push_back("A=Built-in Synth");
+            for (const std::string& choice : choices) {
+                const size_t eq = choice.find('=');
+                const int port = eq == 1 ? choice[0] - 'A' : -1;
+                if (port < 0 || port > 3) {
+                    status = fail("--port takes A=DEVICE .. D=DEVICE, not \"" + choice + "\"");
+                    break;
+                }
+                if (!e.ports.chooseOutput(port, choice.substr(2))) status = 1;
+            }
+            if (status == 0) prepare(session, o, recorder);
+        }
+        if (status == 0) {
+            const auto period = std::chrono::milliseconds(e.TickPeriod());
+            std::this_thread::sleep_for(period * ticks);
+            auto held = e.lock();
+            e.StopTimers();
+            std::string error;
+            if (!o.record.empty() && !e.ports.SaveMidiFile(o.record, error)) status = fail(error);
+            e.ports.beginExitDrain();
+        }
+        for (int i = 0; i < 200; ++i) {
+            {
+                auto held = e.lock();
+                if (e.ports.exitDrained() || status != 0) break;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        {
+            auto held = e.lock();
+            e.ports.StopAllMIDI();
+        }
+        timers.stop();
+    }
+    return status;
+}
+
+}  // namespace
+
+void addRunCommand(CLI::App& app, int& exitStatus) {
+    auto* command = app.add_subcommand("run", "Play a patch for a number of ticks or bars, offline unless --realtime");
+    auto o = std::make_shared<RunOptions>();
+    command->add_option("FILE", o->file, "The patch (.qmp)")->required();
+    auto* ticks = command->add_option("--ticks", o->ticks, "Ticks to run (96 a whole note)")->check(CLI::PositiveNumber);
+    auto* bars = command->add_option("--bars", o->bars, "Whole notes to run")->check(CLI::PositiveNumber);
+    ticks->excludes(bars);
+    command->add_option("--trace", o->trace, "Outputs to print after every tick, as CSV")->delimiter(',');
+    command->add_option("--seed", o->seed, "Random seed");
+    command->add_option("--tempo", o->tempo, "Tempo in quarter notes a minute")->check(CLI::Range(1, 1000));
+    command->add_option("--record", o->record, "Record what is sent to a MIDI file");
+    command->add_option("--wav", o->wav, "Render the built-in synth to a WAV file (offline)");
+    command->add_flag("--realtime", o->realtime, "Play in real time on the chosen MIDI devices");
+    command->add_option("--port", o->ports, "A=DEVICE: a device for an output port (with --realtime)");
+    command->add_flag("--run", o->pressRun, "Press Run before the first tick");
+    command->callback([&exitStatus, o] {
+        const int64_t count = o->ticks > 0 ? o->ticks : o->bars * 96;
+        if (count <= 0) {
+            exitStatus = fail("run needs --ticks N or --bars N");
+            return;
+        }
+        if (o->realtime && !o->wav.empty()) {
+            exitStatus = fail("--wav renders offline; leave out --realtime");
+            return;
+        }
+        exitStatus = o->realtime ? runRealtime(*o, count) : runOffline(*o, count);
+    });
+}
+
+}  // namespace quillmer

@@ -1,0 +1,158 @@
+#include "gui/FileCommands.h"
+
+#include <QFileInfo>
+
+#include "gui/ProgramSettings.h"
+#include "gui/RecentFiles.h"
+#include "gui/UserDialogs.h"
+#include "shell/Session.h"
+
+namespace quillmer::gui {
+
+namespace {
+const QString kProduct = QStringLiteral("Quillmer");
+QString filter() { return QString::fromLatin1(FileCommands::kFilter); }
+}  // namespace
+
+FileCommands::FileCommands(Session& session, UserDialogs& dialogs, RecentFiles& recent, ProgramSettings& settings,
+                           QObject* parent)
+    : QObject(parent), session_(session), dialogs_(dialogs), recent_(recent), settings_(settings) {}
+
+void FileCommands::pauseTimers() {
+    if (pauseDepth_++ > 0) return;
+    auto held = session_.engine.lock();
+    session_.engine.StopTimers();
+    session_.engine.ports.closeInputs();
+}
+
+void FileCommands::resumeTimers() {
+    if (--pauseDepth_ > 0) return;
+    auto held = session_.engine.lock();
+    session_.engine.ports.openInputs();
+    session_.engine.StartTimers();
+}
+
+bool FileCommands::promptSaveChanges(bool canCancel) {
+    QString name;
+    {
+        auto held = session_.engine.lock();
+        if (!session_.ModifiedMark) return true;
+        name = QString::fromStdString(session_.CurrentFileName);
+    }
+    name = name.isEmpty() ? QString::fromLatin1(kUnnamed) : QFileInfo(name).fileName();
+    switch (dialogs_.askSaveChanges(name + QStringLiteral(" has been changed.  Save it now?"), canCancel)) {
+        case SaveAnswer::Cancel: return false;
+        case SaveAnswer::No: return true;
+        case SaveAnswer::Yes: break;
+    }
+    // A save that didn't happen (its dialog cancelled, or it failed) keeps the patch open:
+    // nothing the user wanted kept is thrown away. At a session's end there is no choice.
+    return fileSave() || !canCancel;
+}
+
+void FileCommands::fileNew() {
+    if (!promptSaveChanges(true)) return;
+    {
+        auto held = session_.engine.lock();
+        session_.engine.ports.closeInputs();
+        session_.newPatch();
+        session_.engine.ports.openInputs();
+    }
+    emit patchReplaced();
+}
+
+void FileCommands::fileOpen() {
+    TimersPaused paused(*this);
+    if (!promptSaveChanges(true)) return;
+    const QString path = dialogs_.openFileName(QStringLiteral("Open Module File"), startFolder(), filter());
+    if (path.isEmpty()) return;
+    remember(path);
+    bool loaded = false;
+    std::string error;
+    {
+        auto held = session_.engine.lock();
+        session_.CurrentFileName = path.toStdString();
+        loaded = session_.LoadModuleFile(session_.CurrentFileName, error);
+        session_.SetModified(false);
+    }
+    emit patchReplaced();
+    reportLoadFailure(loaded, error);
+}
+
+bool FileCommands::fileSave() {
+    QString path;
+    {
+        auto held = session_.engine.lock();
+        path = QString::fromStdString(session_.CurrentFileName);
+    }
+    if (path.isEmpty()) return fileSaveAs();
+    return saveTo(path);
+}
+
+bool FileCommands::fileSaveAs() {
+    TimersPaused paused(*this);
+    const QString path = dialogs_.saveFileName(QStringLiteral("Save Module File"), startFolder(), filter());
+    if (path.isEmpty()) return false;
+    remember(path);
+    {
+        auto held = session_.engine.lock();
+        session_.CurrentFileName = path.toStdString();
+    }
+    return saveTo(path);
+}
+
+bool FileCommands::saveTo(const QString& path) {
+    bool saved = false;
+    std::string error;
+    {
+        TimersPaused paused(*this);
+        auto held = session_.engine.lock();
+        saved = session_.SaveModuleFile(path.toStdString(), error);
+    }
+    emit patchReplaced();
+    if (!saved) dialogs_.critical(kProduct, QString::fromStdString(error));
+    return saved;
+}
+
+void FileCommands::openFile(const QString& path) {
+    if (!QFileInfo(path).isFile()) return;
+    bool loaded = false;
+    std::string error;
+    {
+        auto held = session_.engine.lock();
+        session_.engine.ports.closeInputs();
+        loaded = session_.OpenFile(path.toStdString(), error);
+        session_.engine.ports.openInputs();
+    }
+    emit patchReplaced();
+    reportLoadFailure(loaded, error);
+}
+
+void FileCommands::openChosenFile(const QString& path) {
+    if (!QFileInfo(path).isFile()) return;
+    if (!promptSaveChanges(true)) return;
+    remember(path);
+    openFile(path);
+}
+
+QString FileCommands::startFolder() const {
+    QString current;
+    {
+        auto held = session_.engine.lock();
+        current = QString::fromStdString(session_.CurrentFileName);
+    }
+    if (!current.isEmpty()) return QFileInfo(current).absolutePath();
+    return settings_.currentDir.isEmpty() ? settings_.defaultDir : settings_.currentDir;
+}
+
+void FileCommands::remember(const QString& path) {
+    recent_.add(path);
+    settings_.currentDir = QFileInfo(path).absolutePath();
+    emit recentFilesChanged();
+}
+
+void FileCommands::reportLoadFailure(bool loaded, const std::string& error) {
+    if (!loaded) dialogs_.critical(kProduct, QString::fromStdString(error));
+}
+
+}  // namespace quillmer::gui

@@ -1,0 +1,332 @@
+#include "gui/MainWindow.h"
+
+#include <QCloseEvent>
+#include <QFileInfo>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+#include "gui/FileCommands.h"
+#include "gui/HelpMenu.h"
+#include "gui/ModulesMenu.h"
+#include "gui/OptionFlags.h"
+#include "gui/OptionsWindow.h"
+#include "gui/PlaceholderPanels.h"
+#include "gui/ProgramSettings.h"
+#include "gui/RecentFiles.h"
+#include "gui/StripBar.h"
+#include "gui/Look.h"
+#include "gui/UserDialogs.h"
+#include "gui/Workspace.h"
+#include "shell/Session.h"
+
+namespace quillmer::gui {
+
+namespace {
+constexpr int kRefreshMs = 33;          // views at about 30 Hz
+constexpr int kPanelRefreshEvery = 3;   // panels at about 10 Hz
+const QString kProduct = QStringLiteral("Quillmer");
+
+QString qmpPath(const QUrl& url) {
+    if (!url.isLocalFile()) return {};
+    const QString path = url.toLocalFile();
+    return path.endsWith(QStringLiteral(".qmp"), Qt::CaseInsensitive) ? path : QString();
+}
+}  // namespace
+
+MainWindow::MainWindow(Session& session, UserDialogs& dialogs, ProgramSettings& settings, RecentFiles& recent,
+                       OptionsWindow& options, QWidget* parent)
+    : QMainWindow(parent), session_(session), dialogs_(dialogs), settings_(settings), recent_(recent), options_(options) {
+    setObjectName(QStringLiteral("fMain"));
+    setAcceptDrops(true);
+    files_ = new FileCommands(session_, dialogs_, recent_, settings_, this);
+
+    auto* central = new QWidget(this);
+    auto* column = new QVBoxLayout(central);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    strip_ = new StripBar(session_, central);
+    workspace_ = new Workspace(central);
+    workspace_->setBackColor(settings_.backColor);
+    column->addWidget(strip_);
+    column->addWidget(workspace_, 1);
+    setCentralWidget(central);
+    panels_ = std::make_unique<PlaceholderPanels>(*workspace_);
+
+    buildMenus();
+    buildToolbar();
+    wireEngineEvents();
+
+    connect(files_, &FileCommands::patchReplaced, this, [this] {
+        options_.reload();
+        refresh();
+    });
+    connect(files_, &FileCommands::recentFilesChanged, this, &MainWindow::rebuildRecentMenu);
+    connect(strip_, &StripBar::edited, this, &MainWindow::refresh);
+    connect(&options_, &OptionsWindow::edited, this, &MainWindow::refresh);
+    connect(workspace_, &Workspace::frameResized, this, &MainWindow::tellEngineFrameSize);
+    connect(&refreshTimer_, &QTimer::timeout, this, &MainWindow::refresh);
+    refreshTimer_.start(kRefreshMs);
+    resize(settings_.mainSize);
+    refresh();
+}
+
+MainWindow::~MainWindow() {
+    auto held = session_.engine.lock();
+    session_.engine.events.tempoChanged = nullptr;
+    session_.engine.events.pageChanged = nullptr;
+    session_.engine.ports.onError = nullptr;
+    session_.snapshots.showMessage = nullptr;
+    session_.exitRequested = nullptr;
+    session_.chainFailed = nullptr;
+}
+
+void MainWindow::buildMenus() {
+    fileMenu_ = menuBar()->addMenu(QStringLiteral("&File"));
+    const auto add = [this](QMenu* menu, const char* key, const char* caption, auto slot, QKeySequence shortcut = {}) {
+        QAction* a = menu->addAction(QLatin1String(caption));
+        a->setObjectName(QLatin1String(key));
+        a->setShortcut(shortcut);
+        connect(a, &QAction::triggered, this, slot);
+        return a;
+    };
+    add(fileMenu_, "mnuFileNew", "&New", [this] { files_->fileNew(); }, QKeySequence::New);
+    add(fileMenu_, "mnuFileOpen", "&Open...", [this] { files_->fileOpen(); }, QKeySequence::Open);
+    add(fileMenu_, "mnuFileSave", "&Save", [this] { files_->fileSave(); }, QKeySequence::Save);
+    add(fileMenu_, "mnuFileSaveAs", "Save &As...", [this] { files_->fileSaveAs(); }, QKeySequence::SaveAs);
+    fileMenu_->addSeparator();
+    // Importers come with the MIDI file, bio sequence and tuning work.
+    for (const char* caption : {"Import &MIDI File...", "&Bio Sequence...", "&Tuning Table..."}) {
+        QAction* a = fileMenu_->addAction(QLatin1String(caption));
+        a->setEnabled(false);
+    }
+    fileMenu_->addSeparator();
+    add(fileMenu_, "mnuFileExit", "E&xit", [this] { close(); }, QKeySequence::Quit);
+    fileMenu_->addSeparator();
+    for (size_t i = 0; i < recentActions_.size(); ++i) {
+        QAction* a = fileMenu_->addAction(QString());
+        a->setObjectName(QStringLiteral("mnuFileMRU%1").arg(i));
+        connect(a, &QAction::triggered, this, [this, i] {
+            if (i < static_cast<size_t>(recent_.paths().size())) files_->openChosenFile(recent_.paths()[static_cast<qsizetype>(i)]);
+        });
+        recentActions_[i] = a;
+    }
+    rebuildRecentMenu();
+
+    modulesMenu_ = new ModulesMenu(session_.engine.registry(), this);
+    menuBar()->addMenu(modulesMenu_);
+    connect(modulesMenu_, &ModulesMenu::moduleChosen, this, &MainWindow::placeModule);
+
+    QAction* optionsEntry = menuBar()->addAction(QStringLiteral("&Options"));
+    optionsEntry->setObjectName(QStringLiteral("mnuFilemnuOptions"));
+    connect(optionsEntry, &QAction::triggered, &options_, &OptionsWindow::showOptions);
+    // The user function editor and the module map come later.
+    QAction* ufProg = menuBar()->addAction(QStringLiteral("&UF-Prog"));
+    ufProg->setObjectName(QStringLiteral("mnuFilemnuUCalc"));
+    ufProg->setEnabled(false);
+    QAction* map = menuBar()->addAction(QStringLiteral("M&ap"));
+    map->setObjectName(QStringLiteral("mnuModuleMap"));
+    map->setEnabled(false);
+
+    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+    add(help, "mnuHelpContents", "&Quillmer Help...", [this] { openManual(dialogs_); }, QKeySequence::HelpContents);
+    add(help, "mnuHelpWeb", "&Visit Web Site...", [this] { visitWebSite(settings_.webSite, dialogs_); });
+    add(help, "mnuHelpAbout", "&About Quillmer...", [this] { showAbout(this); });
+}
+
+void MainWindow::buildToolbar() {
+    QToolBar* bar = addToolBar(QStringLiteral("Toolbar1"));
+    bar->setObjectName(QStringLiteral("Toolbar1"));
+    bar->setMovable(false);
+    bar->setIconSize(QSize(20, 20));
+    const auto add = [&](const char* key, ToolIcon icon, const char* tip, bool checkable = false) {
+        QAction* a = bar->addAction(toolIcon(icon), QLatin1String(tip));
+        a->setObjectName(QLatin1String(key));
+        a->setCheckable(checkable);
+        return a;
+    };
+    connect(add("New", ToolIcon::New, "New"), &QAction::triggered, this, [this] { files_->fileNew(); });
+    connect(add("Open", ToolIcon::Open, "Open"), &QAction::triggered, this, [this] { files_->fileOpen(); });
+    connect(add("Save", ToolIcon::Save, "Save"), &QAction::triggered, this, [this] { files_->fileSave(); });
+    connect(add("Help", ToolIcon::Help, "Help"), &QAction::triggered, this, [this] { openManual(dialogs_); });
+    bar->addSeparator();
+    add("MISC31", ToolIcon::Composer, "Composer", true)->setEnabled(false);  // the Composer comes later
+    connect(add("Camera", ToolIcon::StoreNew, "Store New Snapshot"), &QAction::triggered, this, [this] { storeSnapshot(true); });
+    connect(add("FRONT", ToolIcon::StoreCurrent, "Store Current Snapshot"), &QAction::triggered, this,
+            [this] { storeSnapshot(false); });
+    bar->addSeparator();
+    connect(add("MISC06", ToolIcon::MidiMute, "MIDI Mute: All Notes Off while held", true), &QAction::toggled, this,
+            &MainWindow::setMidiMute);
+    connect(add("Forward", ToolIcon::Run, "Run / Stop", true), &QAction::toggled, this, &MainWindow::setRun);
+}
+
+QAction* MainWindow::action(const QString& key) const { return findChild<QAction*>(key); }
+
+void MainWindow::wireEngineEvents() {
+    // These arrive with the engine lock held, often on the timer thread: post, never call in.
+    const auto later = [this](auto f) { QMetaObject::invokeMethod(this, f, Qt::QueuedConnection); };
+    auto held = session_.engine.lock();
+    session_.engine.events.tempoChanged = [this, later](int) { later([this] { refresh(); }); };
+    session_.engine.events.pageChanged = [this, later](int) { later([this] { refresh(); }); };
+    session_.snapshots.showMessage = [this, later](const std::string& text) {
+        later([this, text] { dialogs_.information(kProduct, QString::fromStdString(text)); });
+    };
+    session_.exitRequested = [this, later] { later([this] { close(); }); };
+    session_.chainFailed = [this, later](const std::string& error) {
+        later([this, error] {
+            refresh();
+            dialogs_.critical(kProduct, QString::fromStdString(error));
+        });
+    };
+    session_.engine.ports.onError = [this, later](const PortError& e) {
+        later([this, e] {
+            options_.reload();
+            if (e.showOptions)
+                options_.showOptions();
+            else
+                dialogs_.critical(QString::fromStdString(e.title), QString::fromStdString(e.text));
+        });
+    };
+}
+
+void MainWindow::refresh() {
+    StripState state;
+    QString caption;
+    bool running = false;
+    std::vector<PlacedModule> placed;
+    const bool panelsDue = refreshCount_++ % kPanelRefreshEvery == 0;
+    {
+        auto held = session_.engine.lock();
+        state = StripState::read(session_);
+        caption = QString::fromStdString(session_.caption());
+        running = session_.engine.bus[sysbus::Run] != 0;
+        if (panelsDue) placed = readPlacedModules(session_.engine);
+    }
+    strip_->showState(state);
+    workspace_->showPage(state.page);
+    if (panelsDue) panels_->sync(placed);
+    if (windowTitle() != caption) setWindowTitle(caption);
+    QAction* run = action(QStringLiteral("Forward"));
+    if (run->isChecked() != running) {
+        const QSignalBlocker blocker(run);
+        run->setChecked(running);
+    }
+}
+
+void MainWindow::placeModule(ModuleTypeId type) {
+    {
+        auto held = session_.engine.lock();
+        Engine& e = session_.engine;
+        const auto [top, left] = freeSpot(readPlacedModules(e), e.CurrentPage(), e.frameWidth);
+        e.placeAtCursor(top, left);
+        e.New(type);
+        session_.SetModified(true);
+    }
+    refreshCount_ = 0;  // the panels now
+    refresh();
+}
+
+void MainWindow::setRun(bool run) {
+    auto held = session_.engine.lock();
+    session_.engine.setRun(run);
+    if (run && (settings_.sysFlags & sysflag::PlayResets)) session_.engine.ResyncPending = true;
+}
+
+void MainWindow::setMidiMute(bool muted) {
+    auto held = session_.engine.lock();
+    MidiPorts& ports = session_.engine.ports;
+    if (muted) {
+        ports.AllNotesOffActive = true;
+        ports.AllNotesOff();
+    } else {
+        ports.AllNotesOffActive = false;
+        session_.engine.ResetClocks();
+    }
+}
+
+void MainWindow::storeSnapshot(bool asNew) {
+    {
+        auto held = session_.engine.lock();
+        if (asNew)
+            session_.snapshots.StoreNewPatch();
+        else
+            session_.snapshots.StoreCurrentPatch();
+    }
+    refresh();
+}
+
+void MainWindow::rebuildRecentMenu() {
+    const QStringList& paths = recent_.paths();
+    for (size_t i = 0; i < recentActions_.size(); ++i) {
+        const auto n = static_cast<qsizetype>(i);
+        QAction* a = recentActions_[i];
+        a->setVisible(n < paths.size());
+        if (n < paths.size()) {
+            a->setText(QStringLiteral("&%1 %2").arg(n + 1).arg(QFileInfo(paths[n]).fileName()));
+            a->setToolTip(paths[n]);
+            a->setStatusTip(paths[n]);
+        }
+    }
+}
+
+void MainWindow::tellEngineFrameSize() {
+    const QSize twips = workspace_->frameTwips();
+    auto held = session_.engine.lock();
+    session_.engine.frameWidth = twips.width();
+    session_.engine.frameHeight = twips.height();
+}
+
+void MainWindow::dropFiles(const QList<QUrl>& urls) {
+    if (urls.isEmpty()) return;
+    const QString path = qmpPath(urls.first());
+    if (!path.isEmpty()) files_->openChosenFile(path);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    const QMimeData* mime = event->mimeData();
+    if (mime->hasUrls() && !mime->urls().isEmpty() && !qmpPath(mime->urls().first()).isEmpty()) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    const QList<QUrl> urls = event->mimeData()->urls();
+    event->acceptProposedAction();
+    // Opened once the drop is over, so that a question or an error box doesn't hold it up.
+    QMetaObject::invokeMethod(this, [this, urls] { dropFiles(urls); }, Qt::QueuedConnection);
+}
+
+void MainWindow::storeGeometry() {
+    settings_.mainState = isMinimized() ? WindowState::Minimised : isMaximized() ? WindowState::Maximised : WindowState::Normal;
+    const QRect normal = normalGeometry();
+    settings_.mainPos = normal.topLeft();
+    settings_.mainSize = normal.size();
+}
+
+void MainWindow::restoreGeometryFromSettings() {
+    resize(settings_.mainSize);
+    if (settings_.mainPos) move(*settings_.mainPos);
+    if (settings_.mainState == WindowState::Maximised) setWindowState(windowState() | Qt::WindowMaximized);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (closing_) {
+        event->accept();
+        return;
+    }
+    if (!files_->promptSaveChanges(!systemShutdown_)) {
+        event->ignore();
+        return;
+    }
+    closing_ = true;
+    refreshTimer_.stop();
+    storeGeometry();
+    {
+        auto held = session_.engine.lock();
+        session_.engine.ShutdownStopTimers();  // the last tick: note modules send their note-offs
+    }
+    options_.hide();
+    event->accept();
+    emit closed();
+}
+
+}  // namespace quillmer::gui

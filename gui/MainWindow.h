@@ -1,0 +1,98 @@
+#pragma once
+// The main window, fMain: menus, toolbar, the strip and the sixteen-page workspace. It
+// owns the file commands and module creation; the tick never runs here. Views are redrawn
+// from a copy of the engine's state taken under the lock, at most 30 times a second.
+
+#include <QList>
+#include <QMainWindow>
+#include <QTimer>
+#include <QUrl>
+#include <array>
+#include <memory>
+
+#include "engine/Catalogue.h"
+
+class QAction;
+class QMenu;
+
+namespace quillmer {
+class Session;
+}
+
+namespace quillmer::gui {
+
+class FileCommands;
+class ModulesMenu;
+class OptionsWindow;
+class PlaceholderPanels;
+class RecentFiles;
+class StripBar;
+class UserDialogs;
+class Workspace;
+struct ProgramSettings;
+
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    MainWindow(Session& session, UserDialogs& dialogs, ProgramSettings& settings, RecentFiles& recent,
+               OptionsWindow& options, QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    FileCommands& files() { return *files_; }
+    StripBar& strip() { return *strip_; }
+    Workspace& workspace() { return *workspace_; }
+    ModulesMenu& modulesMenu() { return *modulesMenu_; }
+    PlaceholderPanels& panels() { return *panels_; }
+    QAction* action(const QString& key) const;  // toolbar and menu actions by key
+
+    // Reads the engine and redraws what changed.
+    void refresh();
+    // Places one module of `type` on the current page.
+    void placeModule(ModuleTypeId type);
+    // The first .qmp file of a drop is opened.
+    void dropFiles(const QList<QUrl>& urls);
+    // The desktop session is ending: the save question offers no Cancel.
+    void setSystemShutdown(bool on) { systemShutdown_ = on; }
+    // Window position and state into the settings.
+    void storeGeometry();
+    void restoreGeometryFromSettings();
+    // The recent files into the File menu.
+    void rebuildRecentMenu();
+
+signals:
+    // The close was accepted and the last tick has run: the program goes on with its exit.
+    void closed();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void buildMenus();
+    void buildToolbar();
+    void wireEngineEvents();
+    void setRun(bool run);
+    void setMidiMute(bool muted);
+    void storeSnapshot(bool asNew);
+    void tellEngineFrameSize();
+
+    Session& session_;
+    UserDialogs& dialogs_;
+    ProgramSettings& settings_;
+    RecentFiles& recent_;
+    OptionsWindow& options_;
+    FileCommands* files_ = nullptr;
+    StripBar* strip_ = nullptr;
+    Workspace* workspace_ = nullptr;
+    ModulesMenu* modulesMenu_ = nullptr;
+    std::unique_ptr<PlaceholderPanels> panels_;
+    QMenu* fileMenu_ = nullptr;
+    std::array<QAction*, 5> recentActions_{};
+    QTimer refreshTimer_;
+    int refreshCount_ = 0;
+    bool systemShutdown_ = false;
+    bool closing_ = false;
+};
+
+}  // namespace quillmer::gui
