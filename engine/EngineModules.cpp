@@ -50,6 +50,7 @@ void Engine::ResolveInputNames() {
 
 void Engine::ResetAllInputs() {
     forEachModule([this](Module& m) { m.ResetInputs(names); });
+    names.consumePositionMap();  // placing a type without an output re-labels with no change
     MarkPatchChanged(true);
 }
 

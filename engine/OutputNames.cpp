@@ -56,6 +56,11 @@ void OutputNames::RebuildSortedList() {
     std::iota(positionMap_.begin(), positionMap_.end(), uint16_t{0});
 }
 
+void OutputNames::consumePositionMap() {
+    positionMap_.resize(sortedNames_.size());
+    std::iota(positionMap_.begin(), positionMap_.end(), uint16_t{0});
+}
+
 int OutputNames::sortedPosition(std::string_view name) const {
     const auto it = std::lower_bound(sortedNames_.begin(), sortedNames_.end(), name,
                                      [](const std::string& a, std::string_view b) { return a < b; });

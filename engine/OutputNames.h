@@ -37,6 +37,10 @@ public:
     void insertSorted(NameSlot slot);
     void removeSorted(NameSlot slot);
 
+    // After the inputs have followed it, the map is spent: back to the identity, so that a
+    // later re-labelling without a change of list moves nothing.
+    void consumePositionMap();
+
     // Position of `name` in the sorted list, or -1.
     int sortedPosition(std::string_view name) const;
 

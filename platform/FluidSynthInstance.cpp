@@ -15,6 +15,7 @@ namespace {
 constexpr const char* kSoundFontFolder = "/usr/share/sounds/sf2/";
 // Rendered in pieces of this many frames; any length works.
 constexpr int kChunkFrames = 1024;
+constexpr double kSynthGain = 0.6;
 
 int16_t toSample(float value) {
     const float scaled = std::clamp(value, -1.0f, 1.0f) * 32767.0f;
@@ -47,6 +48,8 @@ FluidSynthInstance::FluidSynthInstance(const std::string& soundFont, int sampleR
     fluid_settings_setnum(settings_, "synth.sample-rate", sampleRate);
     // One rendering thread: the same input gives the same samples, run after run.
     fluid_settings_setint(settings_, "synth.cpu-cores", 1);
+    // A full General MIDI mix peaks near full scale at this gain; the default is faint.
+    fluid_settings_setnum(settings_, "synth.gain", kSynthGain);
     synth_ = new_fluid_synth(settings_);
     if (!synth_) {
         problem_ = "FluidSynth could not start";

@@ -1,8 +1,16 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs the main job.
+# Installs what is missing, builds, and plays the demo patch through the built-in synth:
+# in the desktop program where there is a display, otherwise rendered offline to
+# out/demo.wav and out/demo.mid.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
 cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
 cmake --build build -j"$(nproc)"
-exec build/app/tour/quillmer-tour "$@"
+
+if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -x build/app/quillmer/quillmer ]; then
+  exec build/app/quillmer/quillmer examples/demo.qmp
+fi
+mkdir -p out
+build/app/cli/quillmer-cli run examples/demo.qmp --bars 16 --wav out/demo.wav --record out/demo.mid
+echo "No display: the demo is rendered to out/demo.wav (audio) and out/demo.mid (MIDI)."

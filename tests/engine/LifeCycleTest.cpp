@@ -137,6 +137,18 @@ TEST(Delete, StoredPositionsFollowTheNamesWhenTheListShifts) {
     EXPECT_EQ(reader.inputCaption(0, h.engine->names), "2Div-");
 }
 
+TEST(Delete, PlacingOrDeletingATypeWithoutAnOutputMovesNoConnection) {
+    Harness h;
+    Module& reader = h.add("Div");
+    h.connect(reader, 0, "~  12");
+    h.add("Div");  // shifts the list: "~  12" moves one place
+    Module& silent = h.add("MIDIKey");
+    h.add("MIDIKey");
+    EXPECT_EQ(reader.inputCaption(0, h.engine->names), "~  12");
+    h.engine->Delete(silent);
+    EXPECT_EQ(reader.inputCaption(0, h.engine->names), "~  12");
+}
+
 TEST(StatusDialog, PriorityIndexSwapsZeroAndOneAndDisabledShowsPictureNine) {
     EXPECT_EQ(priorityIndexOf(0), 1);
     EXPECT_EQ(priorityIndexOf(1), 0);

@@ -310,3 +310,26 @@ TEST(Session, AuthorSurvivesAndModifierIsWhoSavedLast) {
     third.session.CurrentFileName = dir.file("p.qmp");
     EXPECT_EQ(third.session.caption(), " (Mod: Bo  Auth: Ada)p.qmp  Quillmer");
 }
+
+TEST(SideFiles, ATuningFileBesideThePatchLoadsWithItAndTheDefaultComesBack) {
+    ScratchDir dir;
+    SessionHarness h;
+    auto held = h.session.engine.lock();
+    Engine& e = h.session.engine;
+    ASSERT_EQ(e.toneRow(0)[127], 11) << "the shipped default: chromatic row 0";
+    ASSERT_EQ(h.save(dir.file("song.qmp")), "");
+    ASSERT_EQ(h.save(dir.file("plain.qmp")), "");
+    ToneTables own;
+    own.rows.row(0)[127] = 4;  // five steps
+    own.names.setName(0, "Song Scale");
+    ASSERT_TRUE(SaveToneTables(dir.file("song.pbt"), own));
+
+    std::string error;
+    ASSERT_TRUE(h.session.OpenFile(dir.file("song.qmp"), error)) << error;
+    EXPECT_TRUE(h.session.usesOwnToneTables());
+    EXPECT_EQ(e.toneRow(0)[127], 4);
+    EXPECT_EQ(h.session.tones.names.name(0), "Song Scale");
+    ASSERT_TRUE(h.session.OpenFile(dir.file("plain.qmp"), error)) << error;
+    EXPECT_FALSE(h.session.usesOwnToneTables());
+    EXPECT_EQ(e.toneRow(0)[127], 11);
+}

@@ -1,0 +1,117 @@
+#pragma once
+// A module panel declared once, as data: which controls it has beyond the common frame
+// (status icon, name, input buttons), what each shows and which module operation a
+// gesture on it calls. The frame builds itself from this; one description per type,
+// written by the family's file in gui/panels/ and collected by panelSpec().
+//
+// Readers run with the engine lock held and only copy; editors run with the lock held and
+// only forward to the module or the engine.
+
+#include <QString>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "engine/Catalogue.h"
+#include "engine/Durations.h"
+
+namespace quillmer {
+class Engine;
+class Module;
+}  // namespace quillmer
+
+namespace quillmer::gui {
+
+// What one control shows, copied from its module.
+struct Shown {
+    int number = 0;
+    std::string text;
+    bool on = false;        // a switch pressed in, a lamp lit
+    bool warn = false;      // drawn yellow: the module replaced a value out of range
+    std::vector<int> row;   // a stage row's values
+    int selected = 0;       // a stage row's current stage, a menu's row
+    bool operator==(const Shown&) const = default;
+};
+
+// A gesture on a control, as the module receives it.
+struct Gesture {
+    int item = 0;       // a stage, a menu row
+    int number = 0;     // an up-down value
+    std::string text;   // typed text, a chosen file
+    enum class Kind { Text, Click, Value } kind = Kind::Click;
+};
+
+enum class ControlKind {
+    ValueBox,  // read-only box: the output, an info box, a tally (bxOut1, bxInfo, lblTally)
+    Caption,   // a line of text (lblPName, Label1)
+    Lamp,      // Shape1, in the title row
+    Switch,    // a button that stays in (Check1, chkTurbo, opEnable)
+    Button,    // a push button (btnFill)
+    EditBox,   // a typed number (the key of MIDIPoly)
+    Choice,    // a drop-down list (cbNotes)
+    StageRow,  // the stage boxes, numbers and lamps of a stage table, with its up-down
+};
+
+// Buttons whose gesture needs a question first; the panel board asks it.
+enum class Dialog { None, Channel, ChainFile };
+
+using Reader = std::function<Shown(const Module&)>;
+using Editor = std::function<void(Module&, Engine&, const Gesture&)>;
+
+struct ControlSpec {
+    ControlKind kind = ControlKind::ValueBox;
+    QString objectName;      // the control's role name: "bxOut1", "Check1"
+    QString tip;
+    QString caption;         // fixed caption; a reader's text replaces it
+    int widthTwips = 900;
+    Reader read;             // null: nothing changes on it
+    Editor edit;             // null: read only
+    Dialog dialog = Dialog::None;
+    std::vector<QString> choices;
+    bool enabled = true;
+    bool newRow = false;     // starts a new row of controls
+};
+
+struct PanelSpec {
+    int inputColumns = 3;
+    // Labels above the input buttons, by button row; empty: the inputs' own labels.
+    std::vector<QString> inputLabels;
+    // A duration input at button row 0 whose label turns yellow or reads "Turbo".
+    std::function<DurationLabel(const Module&)> durationLabel;
+    std::vector<ControlSpec> controls;
+    // The note modules ask "Delete NAME?" before a delete from the status dialog.
+    bool askBeforeDelete = false;
+    // A type whose logic isn't built yet: the frame says so.
+    bool placeholder = false;
+};
+
+// The description of a type; a plain frame for a type that has none (not built yet).
+const PanelSpec& panelSpec(ModuleTypeId type);
+
+// --- helpers for the family descriptions ---
+
+QString text(std::string_view s);
+// A read-only number box of the module's last output.
+ControlSpec outputBox(const char* objectName = "bxOut1");
+// The gate lamp: bright while the output is non-zero.
+ControlSpec outputLamp();
+ControlSpec valueBox(const char* objectName, QString tip, Reader read, int widthTwips = 900);
+ControlSpec caption(const char* objectName, Reader read, int widthTwips = 2700);
+
+// Module casts for readers and editors; the description is only ever given its own type.
+template <class T>
+const T& as(const Module& m) { return static_cast<const T&>(m); }
+template <class T>
+T& as(Module& m) { return static_cast<T&>(m); }
+
+// Where the families put their descriptions, by type name.
+using PanelAdder = std::function<void(std::string_view type, PanelSpec spec)>;
+void addProcessorPanels(const PanelAdder& add);
+void addEventPanels(const PanelAdder& add);
+void addClockPanels(const PanelAdder& add);
+void addStepPanels(const PanelAdder& add);
+void addNoteOutputPanels(const PanelAdder& add);
+void addNoteValuePanels(const PanelAdder& add);
+void addChainPanel(const PanelAdder& add);
+
+}  // namespace quillmer::gui

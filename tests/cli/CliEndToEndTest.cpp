@@ -1,0 +1,127 @@
+// quillmer-cli driven as a user would: the shipped demo played offline and recorded, the
+// notes read back from the MIDI file; info, convert and failures.
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <map>
+
+#include "../shell/SessionHarness.h"
+#include "examples/DemoPatch.h"
+#include "platform/StandardMidiFile.h"
+
+using namespace quillmer;
+using namespace quillmer::testing;
+
+namespace {
+
+const std::string kDemo = std::string(QUILLMER_SOURCE_DIR) + "/examples/demo.qmp";
+
+struct Result {
+    int status = -1;
+    std::string out;
+};
+
+// Runs quillmer-cli with the arguments (stderr joins stdout).
+Result cli(const std::string& arguments) {
+    Result r;
+    FILE* pipe = ::popen((std::string(QUILLMER_CLI) + " " + arguments + " 2>&1").c_str(), "r");
+    if (!pipe) return r;
+    std::array<char, 4096> buffer{};
+    while (size_t n = std::fread(buffer.data(), 1, buffer.size(), pipe)) r.out.append(buffer.data(), n);
+    const int status = ::pclose(pipe);
+    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return r;
+}
+
+}  // namespace
+
+TEST(Cli, TheDemoPlaysAndItsRecordedNotesReadBack) {
+    ScratchDir dir;
+    const std::string mid = dir.file("demo.mid");
+    const Result r = cli("run " + kDemo + " --bars 4 --record " + mid);
+    ASSERT_EQ(r.status, 0) << r.out;
+    const auto file = readMidiFile(mid);
+    ASSERT_TRUE(file.has_value());
+    EXPECT_EQ(file->format, 1);
+    EXPECT_EQ(file->division, 480);
+    ASSERT_GE(file->tracks.size(), 2u);
+    // The tempo track: 60000000 / 112 microseconds a quarter, 4/4, C major.
+    const auto& meta = file->tracks[0];
+    ASSERT_GE(meta.size(), 3u);
+    EXPECT_EQ(meta[0].bytes, (std::vector<uint8_t>{0xFF, 0x51, 0x03, 0x08, 0x2C, 0xA2}));
+    EXPECT_EQ(meta[1].bytes, (std::vector<uint8_t>{0xFF, 0x58, 0x04, 0x04, 0x02, 0x18, 0x08}));
+
+    // Notes by channel, with their times in file ticks (480 a quarter).
+    std::map<int, std::vector<std::pair<int, uint32_t>>> noteOns;
+    for (const auto& track : file->tracks)
+        for (const MidiFileEvent& e : track)
+            if (e.bytes.size() == 3 && (e.bytes[0] & 0xF0) == 0x90 && e.bytes[2] > 0)
+                noteOns[e.bytes[0] & 15].emplace_back(e.bytes[1], e.absolute);
+    // Kicks on the first and third beat, snares on the second and fourth, on channel 10.
+    std::vector<uint32_t> kicks, snares;
+    for (const auto& [note, at] : noteOns[9]) {
+        if (note == 36) kicks.push_back(at);
+        if (note == 38) snares.push_back(at);
+    }
+    ASSERT_GE(kicks.size(), 6u);
+    for (size_t i = 1; i < kicks.size(); ++i) EXPECT_EQ(kicks[i] - kicks[i - 1], 960u);
+    ASSERT_GE(snares.size(), 6u);
+    EXPECT_EQ(snares[0] - kicks[0], 480u);
+    // The bass walks A, A, E, E, F, F, D, E in quarters, two octaves up.
+    ASSERT_GE(noteOns[1].size(), 8u);
+    std::vector<int> bass;
+    for (size_t i = 0; i < 8; ++i) bass.push_back(noteOns[1][i].first);
+    EXPECT_EQ(bass, (std::vector<int>{45, 45, 52, 52, 53, 53, 50, 52}));
+    // The verse's melody, eighths in A minor pentatonic.
+    ASSERT_GE(noteOns[0].size(), 16u);
+    EXPECT_EQ(noteOns[0][0].first, 57);
+    EXPECT_EQ(noteOns[0][1].second - noteOns[0][0].second, 240u);
+}
+
+TEST(Cli, TraceInfoAndConvert) {
+    ScratchDir dir;
+    Result r = cli("run " + kDemo + " --ticks 3 --trace \"~ Turbo,1Stepper-\"");
+    ASSERT_EQ(r.status, 0) << r.out;
+    EXPECT_EQ(r.out, "tick,~ Turbo,1Stepper-\n1,1,0\n2,2,0\n3,3,0\n");
+
+    r = cli("info " + kDemo + " --json");
+    ASSERT_EQ(r.status, 0) << r.out;
+    EXPECT_NE(r.out.find("\"tempo\": 112"), std::string::npos);
+    EXPECT_NE(r.out.find("\"003 Chorus\""), std::string::npos);
+    EXPECT_NE(r.out.find("\"name\": \"1Step16-\""), std::string::npos);
+
+    // Saved by the same user, as the demo was: only the modifier's name could differ.
+    ::setenv("USER", "Quillmer", 1);
+    r = cli("convert " + kDemo + " " + dir.file("again.qmp"));
+    ASSERT_EQ(r.status, 0) << r.out;
+    EXPECT_EQ(readBytes(dir.file("again.qmp")), readBytes(kDemo)) << "nothing changes on the way through";
+}
+
+TEST(Cli, FailuresAreOneLineAndANonZeroStatus) {
+    ScratchDir dir;
+    Result r = cli("info " + dir.file("missing.qmp"));
+    EXPECT_NE(r.status, 0);
+    EXPECT_EQ(r.out, "quillmer-cli: Unable to Load: " + dir.file("missing.qmp") + "\n");
+    r = cli("run " + kDemo + " --ticks 2 --trace nothing-");
+    EXPECT_NE(r.status, 0);
+    EXPECT_EQ(r.out, "quillmer-cli: no output is named \"nothing-\"\n");
+    r = cli("run " + kDemo);
+    EXPECT_NE(r.status, 0);
+    EXPECT_EQ(std::count(r.out.begin(), r.out.end(), '\n'), 1);
+}
+
+TEST(DemoPatch, TheShippedFileIsWhatItsGeneratorMakes) {
+    ScratchDir dir;
+    SessionHarness h;
+    std::string error;
+    {
+        auto held = h.session.engine.lock();
+        ASSERT_TRUE(writeDemoPatch(h.session, dir.file("demo.qmp"), error)) << error;
+    }
+    EXPECT_EQ(readBytes(dir.file("demo.qmp")), readBytes(kDemo))
+        << "run `cmake --build build --target demo_patch` after changing the demo or the format";
+}
