@@ -34,7 +34,44 @@ void tickChain(benchmark::State& state) {
         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
+// 1,000 modules of the clock, step and note types, in groups of ten wired as a musician
+// would: clocks drive steppers, steppers pick stages, stages play notes.
+void tickMusicalPatch(benchmark::State& state) {
+    VirtualTimerService timers;
+    Engine engine(timers, builtTypes());
+    const auto position = [&](const std::string& name) {
+        return static_cast<uint16_t>(engine.names.sortedPosition(name));
+    };
+    const char* group[] = {"Clock", "Stepper", "Step8", "MIDIKey", "Counter", "Pulse", "Free", "Step16", "MIDITone", "Div"};
+    std::vector<Module*> placed;
+    for (int i = 0; i < 1000; ++i) placed.push_back(&engine.placeForBulk(*typeIdByName(group[i % 10])));
+    engine.endBulk();
+    for (size_t g = 0; g + 10 <= placed.size(); g += 10) {
+        Module** m = &placed[g];
+        const std::string dur = g % 20 == 0 ? "~  12" : "~   6";
+        engine.connectInput(*m[0], 0, position(dur));
+        engine.connectInput(*m[1], 0, position(dur));
+        engine.connectInput(*m[2], 0, position(m[1]->Name));
+        engine.connectInput(*m[3], 0, position(m[0]->Name));
+        engine.connectInput(*m[3], 1, position(m[2]->Name));
+        engine.connectInput(*m[4], 0, position(m[0]->Name));
+        engine.connectInput(*m[5], 0, position(m[0]->Name));
+        engine.connectInput(*m[6], 3, position("~  24"));
+        engine.connectInput(*m[7], 0, position(m[4]->Name));
+        engine.connectInput(*m[8], 0, position(m[6]->Name));
+        engine.connectInput(*m[8], 1, position(m[7]->Name));
+        engine.connectInput(*m[9], 0, position(m[7]->Name));
+        engine.connectInput(*m[9], 1, position("~   3"));
+    }
+    engine.setRun(true);
+    engine.StartTimers();
+    for (auto _ : state) engine.tick();
+    state.counters["ns_per_module"] =
+        benchmark::Counter(1000.0, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
 }  // namespace
 
+BENCHMARK(tickMusicalPatch)->Unit(benchmark::kMicrosecond);
 BENCHMARK(tickChain)->Arg(0)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMicrosecond);
 BENCHMARK_MAIN();
