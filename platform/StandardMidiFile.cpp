@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/AtomicFile.h"
+#include "engine/AtomicFile.h"
 #include "platform/LibrarySetup.h"
 
 namespace quillmer {

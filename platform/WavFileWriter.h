@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <string>
 
-#include "platform/AtomicFile.h"
+#include "engine/AtomicFile.h"
 
 namespace quillmer {
 

@@ -1,15 +1,12 @@
 // Loading and saving a whole patch: the header, then every type's records in file order.
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 
+#include "engine/AtomicFile.h"
 #include "engine/FileLayout.h"
 #include "shell/AuthorName.h"
 #include "shell/Session.h"
@@ -115,31 +112,18 @@ bool readWholeFile(const std::string& path, std::vector<uint8_t>& bytes) {
 }
 
 // Writes `bytes` to a temporary file beside `path` and renames it over `path`.
-bool writeAtomically(const std::string& path, const std::vector<uint8_t>& bytes, std::string& reason) {
-    std::string temp = path + ".XXXXXX";
-    const int fd = mkstemp(temp.data());
-    if (fd < 0) {
-        reason = std::strerror(errno);
-        return false;
-    }
-    size_t written = 0;
-    while (written < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.data() + written, bytes.size() - written);
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            break;
+bool writeAtomically(const std::string& path, const std::vector<uint8_t>& bytes, std::string& error) {
+    AtomicFile file(path);
+    if (!file.create(error)) return false;
+    {
+        std::ofstream out(file.tempPath(), std::ios::binary | std::ios::trunc);
+        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        if (!out.flush()) {
+            error = saveError(path, std::strerror(errno));
+            return false;
         }
-        written += static_cast<size_t>(n);
     }
-    const bool ok = written == bytes.size() && ::fsync(fd) == 0 && ::fchmod(fd, 0644) == 0;
-    if (!ok) reason = std::strerror(errno);
-    ::close(fd);
-    if (!ok || ::rename(temp.c_str(), path.c_str()) != 0) {
-        if (ok) reason = std::strerror(errno);
-        ::unlink(temp.c_str());
-        return false;
-    }
-    return true;
+    return file.commit(error);
 }
 
 }  // namespace
@@ -244,7 +228,7 @@ bool Session::SaveModuleFile(const std::string& path, std::string& error) {
             const std::vector<uint8_t> record = writeModule(m, layout);
             ByteReader check(record);
             if (readRecordBytes(check, layout).size() != record.size() || check.remaining() != 0) {
-                error = "Unable to Save: " + path + " (a " + std::string(slot.type) + " record doesn't fit its layout)";
+                error = saveError(path, "a " + std::string(slot.type) + " record doesn't fit its layout");
                 return false;
             }
             records.insert(records.end(), record.begin(), record.end());
@@ -257,9 +241,7 @@ bool Session::SaveModuleFile(const std::string& path, std::string& error) {
     std::vector<uint8_t> old;
     if (readWholeFile(path, old) && old.size() > bytes.size()) bytes.insert(bytes.end(), old.begin() + static_cast<long>(bytes.size()), old.end());
 
-    std::string reason;
-    if (!writeAtomically(path, bytes, reason)) {
-        error = "Unable to Save: " + path + " (" + reason + ")";
+    if (!writeAtomically(path, bytes, error)) {
         SetModified(true);
         return false;
     }

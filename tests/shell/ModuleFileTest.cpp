@@ -234,7 +234,7 @@ TEST(ModuleFile, AFailedSaveLeavesTheOldFileWhole) {
     ASSERT_EQ(h.save(dir.file("p.qmp")), "");
     const auto before = readBytes(dir.file("p.qmp"));
     std::string error = h.save(dir.file("no/such/folder/p.qmp"));
-    EXPECT_EQ(error.rfind("Unable to Save: " + dir.file("no/such/folder/p.qmp"), 0), 0u) << error;
+    EXPECT_EQ(error.rfind("Unable to save " + dir.file("no/such/folder/p.qmp"), 0), 0u) << error;
     std::filesystem::permissions(dir.path, std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
     h.add("Div");
     error = h.save(dir.file("p.qmp"));
