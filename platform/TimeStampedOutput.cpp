@@ -96,11 +96,17 @@ int64_t TimeStampedOutput::deliverDue(int64_t nowMicros) {
         ranDry = !batch_.empty() && queue_.empty();
     }
     if (!batch_.empty()) {
+        bool audible = false;  // what lights the MIDI out lamp: a message with a non-zero value
         {
             std::lock_guard<std::mutex> held(deviceMutex_);
-            for (const StampedMessage& message : batch_) device_->sendNow(message.bytes());
+            for (const StampedMessage& message : batch_) {
+                const auto bytes = message.bytes();
+                device_->sendNow(bytes);
+                audible = audible || (bytes.size() == 3 && bytes[2] != 0);
+            }
         }
         batch_.clear();
+        if (audible) raise({MidiDeviceEvent::Kind::MessagePlayed, 0, {}});
         if (ranDry) raise({MidiDeviceEvent::Kind::QueueEmpty, 0, {}});
     }
     // Asked last: the event's handler may have queued more.

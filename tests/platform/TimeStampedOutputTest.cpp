@@ -25,6 +25,7 @@ protected:
         output = std::make_unique<VirtualTimeStampedOutput>(std::move(capture), timers);
         output->setEventHandler([this](const MidiDeviceEvent& e) {
             if (e.kind == MidiDeviceEvent::Kind::QueueEmpty) queueEmptyAt.push_back(timers.nowMicros());
+            if (e.kind == MidiDeviceEvent::Kind::MessagePlayed) playedAt.push_back(timers.nowMicros());
         });
         output->open();
     }
@@ -45,6 +46,7 @@ protected:
     std::shared_ptr<CaptureLog> log = std::make_shared<CaptureLog>();
     std::unique_ptr<VirtualTimeStampedOutput> output;
     std::vector<int64_t> queueEmptyAt;
+    std::vector<int64_t> playedAt;
 };
 
 }  // namespace
@@ -176,6 +178,18 @@ TEST_F(VirtualQueue, ErrorsOfTheWrappedDeviceReachTheQueuesHandler) {
     ASSERT_EQ(events.size(), 1u);
     EXPECT_EQ(events[0].kind, MidiDeviceEvent::Kind::Error);
     EXPECT_NE(events[0].text.find("busy one"), std::string::npos);
+}
+
+// The MIDI out lamp flashes when a message with a value plays, not when it is queued, and
+// not for the latency filler.
+TEST_F(VirtualQueue, PlayingAMessageWithAValueIsReportedAtItsTime) {
+    output->startTimeBase();
+    send({249}, 5);
+    send({0x90, 60, 100}, 30);
+    timers.advanceTo(20'000);
+    EXPECT_TRUE(playedAt.empty());
+    timers.advanceTo(40'000);
+    EXPECT_EQ(playedAt, std::vector<int64_t>{30'000});
 }
 
 TEST(CaptureDevice, KeepsEveryByteWithTheClockTimeOfArrival) {
