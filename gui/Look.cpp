@@ -46,10 +46,7 @@ void applyDarkStyle(QApplication& app) {
 
     // Checked tool buttons (page, flip, run) need to read as pressed at a glance.
     app.setStyleSheet(QStringLiteral(
-        "QToolButton:checked { background: #3d6f9f; border: 1px solid #5b93c9; border-radius: 3px; }"
-        "QLabel[placeholder=\"true\"] { color: #9aa1ab; background: #2a2e35; border: 1px dashed #5a616c; }"
-        "QLabel[placeholder=\"false\"] { color: #dce0e6; background: #343a44; border: 1px solid #6a7482; }"
-        "QLabel[moduleDisabled=\"true\"] { color: #6d737c; }"));
+        "QToolButton:checked { background: #3d6f9f; border: 1px solid #5b93c9; border-radius: 3px; }"));
 }
 
 // --- toolbar pictures ---

@@ -12,7 +12,8 @@
 #include "gui/ModulesMenu.h"
 #include "gui/OptionFlags.h"
 #include "gui/OptionsWindow.h"
-#include "gui/PlaceholderPanels.h"
+#include "gui/ModuleMap.h"
+#include "gui/PanelBoard.h"
 #include "gui/ProgramSettings.h"
 #include "gui/RecentFiles.h"
 #include "gui/StripBar.h"
@@ -24,8 +25,8 @@
 namespace quillmer::gui {
 
 namespace {
-constexpr int kRefreshMs = 33;          // views at about 30 Hz
-constexpr int kPanelRefreshEvery = 3;   // panels at about 10 Hz
+constexpr int kRefreshMs = 16;          // panels at about 60 Hz
+constexpr int kStripRefreshEvery = 2;   // the strip at about 30 Hz
 const QString kProduct = QStringLiteral("Quillmer");
 
 QString qmpPath(const QUrl& url) {
@@ -52,7 +53,14 @@ MainWindow::MainWindow(Session& session, UserDialogs& dialogs, ProgramSettings& 
     column->addWidget(strip_);
     column->addWidget(workspace_, 1);
     setCentralWidget(central);
-    panels_ = std::make_unique<PlaceholderPanels>(*workspace_);
+    panels_ = std::make_unique<PanelBoard>(session_, dialogs_, *workspace_, this);
+    map_ = new ModuleMap(session_, dialogs_, this);
+    connect(map_, &ModuleMap::changed, this, &MainWindow::refresh);
+    connect(panels_.get(), &PanelBoard::modulesChanged, this, [this] {
+        if (map_->isVisible()) map_->showModules(panels_->placed(), panels_->shownPage());
+    });
+    connect(workspace_, &Workspace::emptyRightClicked, this,
+            [this](int page, QPoint pixel) { panels_->createAtCursor(page, pixel); });
 
     buildMenus();
     buildToolbar();
@@ -66,7 +74,7 @@ MainWindow::MainWindow(Session& session, UserDialogs& dialogs, ProgramSettings& 
     connect(strip_, &StripBar::edited, this, &MainWindow::refresh);
     connect(&options_, &OptionsWindow::edited, this, &MainWindow::refresh);
     connect(workspace_, &Workspace::frameResized, this, &MainWindow::tellEngineFrameSize);
-    connect(&refreshTimer_, &QTimer::timeout, this, &MainWindow::refresh);
+    connect(&refreshTimer_, &QTimer::timeout, this, &MainWindow::refreshOnTimer);
     refreshTimer_.start(kRefreshMs);
     resize(settings_.mainSize);
     refresh();
@@ -121,13 +129,13 @@ void MainWindow::buildMenus() {
     QAction* optionsEntry = menuBar()->addAction(QStringLiteral("&Options"));
     optionsEntry->setObjectName(QStringLiteral("mnuFilemnuOptions"));
     connect(optionsEntry, &QAction::triggered, &options_, &OptionsWindow::showOptions);
-    // The user function editor and the module map come later.
+    // The user function editor comes later.
     QAction* ufProg = menuBar()->addAction(QStringLiteral("&UF-Prog"));
     ufProg->setObjectName(QStringLiteral("mnuFilemnuUCalc"));
     ufProg->setEnabled(false);
     QAction* map = menuBar()->addAction(QStringLiteral("M&ap"));
     map->setObjectName(QStringLiteral("mnuModuleMap"));
-    map->setEnabled(false);
+    connect(map, &QAction::triggered, this, &MainWindow::openModuleMap);
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     add(help, "mnuHelpContents", "&Quillmer Help...", [this] { openManual(dialogs_); }, QKeySequence::HelpContents);
@@ -191,21 +199,27 @@ void MainWindow::wireEngineEvents() {
 }
 
 void MainWindow::refresh() {
+    refreshStrip();
+    refreshPanels();
+}
+
+void MainWindow::refreshOnTimer() {
+    if (++refreshCount_ % kStripRefreshEvery == 0) refreshStrip();
+    refreshPanels();
+}
+
+void MainWindow::refreshStrip() {
     StripState state;
     QString caption;
     bool running = false;
-    std::vector<PlacedModule> placed;
-    const bool panelsDue = refreshCount_++ % kPanelRefreshEvery == 0;
     {
         auto held = session_.engine.lock();
         state = StripState::read(session_);
         caption = QString::fromStdString(session_.caption());
         running = session_.engine.bus[sysbus::Run] != 0;
-        if (panelsDue) placed = readPlacedModules(session_.engine);
     }
     strip_->showState(state);
     workspace_->showPage(state.page);
-    if (panelsDue) panels_->sync(placed);
     if (windowTitle() != caption) setWindowTitle(caption);
     QAction* run = action(QStringLiteral("Forward"));
     if (run->isChecked() != running) {
@@ -214,16 +228,28 @@ void MainWindow::refresh() {
     }
 }
 
+void MainWindow::refreshPanels() {
+    panels_->refresh();
+    if (map_->isVisible()) map_->showModules(panels_->placed(), panels_->shownPage());
+}
+
+void MainWindow::openModuleMap() {
+    refresh();
+    map_->showModules(panels_->placed(), panels_->shownPage());
+    map_->show();
+    map_->raise();
+}
+
 void MainWindow::placeModule(ModuleTypeId type) {
+    const QSize size = panelSizeTwips(session_.engine.registry(), type);
     {
         auto held = session_.engine.lock();
         Engine& e = session_.engine;
-        const auto [top, left] = freeSpot(readPlacedModules(e), e.CurrentPage(), e.frameWidth);
+        const auto [top, left] = freeSpot(readPlacedModules(e), e.CurrentPage(), e.frameWidth, size);
         e.placeAtCursor(top, left);
         e.New(type);
         session_.SetModified(true);
     }
-    refreshCount_ = 0;  // the panels now
     refresh();
 }
 

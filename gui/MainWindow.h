@@ -1,7 +1,8 @@
 #pragma once
 // The main window, fMain: menus, toolbar, the strip and the sixteen-page workspace. It
 // owns the file commands and module creation; the tick never runs here. Views are redrawn
-// from a copy of the engine's state taken under the lock, at most 30 times a second.
+// from a copy of the engine's state taken under the lock: the panels at most 60 times a
+// second, the strip at half that.
 
 #include <QList>
 #include <QMainWindow>
@@ -24,7 +25,8 @@ namespace quillmer::gui {
 class FileCommands;
 class ModulesMenu;
 class OptionsWindow;
-class PlaceholderPanels;
+class ModuleMap;
+class PanelBoard;
 class RecentFiles;
 class StripBar;
 class UserDialogs;
@@ -42,10 +44,13 @@ public:
     StripBar& strip() { return *strip_; }
     Workspace& workspace() { return *workspace_; }
     ModulesMenu& modulesMenu() { return *modulesMenu_; }
-    PlaceholderPanels& panels() { return *panels_; }
+    PanelBoard& panels() { return *panels_; }
+    ModuleMap& moduleMap() { return *map_; }
+    // fModMap, from the "M&ap" menu.
+    void openModuleMap();
     QAction* action(const QString& key) const;  // toolbar and menu actions by key
 
-    // Reads the engine and redraws what changed.
+    // Reads the engine and redraws what changed: the strip and the panels.
     void refresh();
     // Places one module of `type` on the current page.
     void placeModule(ModuleTypeId type);
@@ -76,6 +81,9 @@ private:
     void setMidiMute(bool muted);
     void storeSnapshot(bool asNew);
     void tellEngineFrameSize();
+    void refreshOnTimer();
+    void refreshStrip();
+    void refreshPanels();
 
     Session& session_;
     UserDialogs& dialogs_;
@@ -86,7 +94,8 @@ private:
     StripBar* strip_ = nullptr;
     Workspace* workspace_ = nullptr;
     ModulesMenu* modulesMenu_ = nullptr;
-    std::unique_ptr<PlaceholderPanels> panels_;
+    std::unique_ptr<PanelBoard> panels_;
+    ModuleMap* map_ = nullptr;
     QMenu* fileMenu_ = nullptr;
     std::array<QAction*, 5> recentActions_{};
     QTimer refreshTimer_;

@@ -1,5 +1,6 @@
 #include "gui/Workspace.h"
 
+#include <QMouseEvent>
 #include <QScrollArea>
 
 namespace quillmer::gui {
@@ -19,6 +20,7 @@ Workspace::Workspace(QWidget* parent) : QStackedWidget(parent) {
         canvas->setObjectName(QStringLiteral("page%1").arg(page));
         canvas->setFixedSize(kCanvasWidth, kCanvasHeight);
         canvas->setAutoFillBackground(true);
+        canvas->installEventFilter(this);
         scroll->setWidget(canvas);
         canvases_[static_cast<size_t>(page)] = canvas;
         addWidget(scroll);
@@ -43,6 +45,18 @@ QSize Workspace::frameTwips() const {
     const auto* scroll = static_cast<const QScrollArea*>(currentWidget());
     const QSize pixels = scroll ? scroll->viewport()->size() : size();
     return {pixels.width() * kTwipsPerPixel, pixels.height() * kTwipsPerPixel};
+}
+
+bool Workspace::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::MouseButtonPress) {
+        auto* press = static_cast<QMouseEvent*>(event);
+        for (int page = 0; page < kPageCount; ++page) {
+            if (canvases_[static_cast<size_t>(page)] != watched || press->button() != Qt::RightButton) continue;
+            emit emptyRightClicked(page, press->position().toPoint());
+            return true;
+        }
+    }
+    return QStackedWidget::eventFilter(watched, event);
 }
 
 void Workspace::resizeEvent(QResizeEvent* event) {

@@ -1,6 +1,7 @@
 #pragma once
 // The workspace of the main window: sixteen pages, one shown at a time, each a scrollable
-// canvas on which module panels lie at their positions (twips, 15 to a pixel).
+// canvas on which module panels lie at their positions (twips, 15 to a pixel). A press on
+// a panel stays with the panel; a right click on the bare canvas is reported.
 
 #include <QColor>
 #include <QSize>
@@ -27,9 +28,12 @@ public:
 
 signals:
     void frameResized();
+    // A right click on a page where no panel lies, in pixels of that page.
+    void emptyRightClicked(int page, QPoint pixel);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     std::array<QWidget*, kPageCount> canvases_{};

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Pictures of the desktop program for the documentation: the main window and the options
-# window, drawn on a virtual display and saved as PNG into docs/.
+# Pictures of the desktop program for the documentation: the main window with the demo
+# patch's panels, a connection list, the module map and the options window, drawn on a
+# virtual display and saved as PNG into docs/.
 #   BUILD_DIR=build-gui bash scripts/screenshots.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -13,5 +14,5 @@ cmake --build "$build" --target quillmer
 runtime="$(mktemp -d)"
 trap 'rm -rf "$runtime"' EXIT
 XDG_RUNTIME_DIR="$runtime" xvfb-run -a -s "-screen 0 1600x1000x24" \
-  "$build/app/quillmer/quillmer" --screenshot docs
+  "$build/app/quillmer/quillmer" --screenshot docs $( [ -f examples/demo.qmp ] && echo examples/demo.qmp )
 ls -l docs/quillmer-*.png

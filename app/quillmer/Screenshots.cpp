@@ -2,13 +2,20 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QListWidget>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QTimer>
 #include <cstdio>
 
+#include "gui/ConnectPopup.h"
 #include "gui/MainWindow.h"
+#include "gui/ModuleMap.h"
 #include "gui/OptionsWindow.h"
+#include "gui/PanelBoard.h"
 #include "gui/Program.h"
+#include "gui/Workspace.h"
+#include "gui/panels/PanelFrame.h"
 #include "shell/Session.h"
 
 namespace quillmer {
@@ -21,12 +28,21 @@ struct Placement {
     int top;
     int left;
 };
-// Clocks driving step sequencers into note outputs, on the first page; the random source
-// is a type that doesn't run yet, shown as such.
+// Without a patch to show: clocks driving step sequencers into note outputs, on the first
+// page; the random source is a type that doesn't run yet, shown as such.
 constexpr Placement kDemo[] = {
-    {"Clock", 240, 240},     {"Counter", 240, 2280},    {"Step8", 240, 4320},   {"MIDITone", 240, 6360},
-    {"Stepper", 1680, 240},  {"Div", 1680, 2280},       {"Step16", 1680, 4320}, {"MIDIVoice", 1680, 6360},
-    {"Rand", 3120, 240},     {"Notes", 3120, 2280},     {"Chain", 3120, 4320},
+    {"Clock", 240, 240},     {"Counter", 240, 3000},    {"Step8", 240, 5880},   {"MIDITone", 240, 10200},
+    {"Stepper", 2160, 240},  {"Div", 2160, 3000},       {"Step16", 2160, 5880}, {"MIDIVoice", 3720, 240},
+    {"Rand", 4920, 3000},    {"Notes", 4920, 5880},     {"Chain", 4920, 8760},
+};
+struct Wire {
+    const char* module;
+    int input;
+    const char* source;
+};
+constexpr Wire kWires[] = {
+    {"1Countr-", 0, "1Clock-"}, {"1Step08-", 0, "1Countr-"}, {"1Tone-", 0, "1Clock-"},  {"1Tone-", 1, "1Step08-"},
+    {"1Stepper-", 0, "~   6"},  {"1Step16-", 0, "1Stepper-"}, {"1Div-", 0, "~ Turbo"}, {"1Div-", 1, "~   4"},
 };
 
 bool save(QWidget& window, const QString& path) {
@@ -34,35 +50,67 @@ bool save(QWidget& window, const QString& path) {
     std::fprintf(stderr, "%s %s\n", saved ? "saved" : "could not save", qPrintable(path));
     return saved;
 }
+
+void buildSmallPatch(Session& session) {
+    Engine& e = session.engine;
+    for (const Placement& p : kDemo) {
+        const std::optional<ModuleTypeId> id = typeIdByName(p.type);
+        if (!id) continue;
+        e.placeAtCursor(p.top, p.left);
+        e.New(*id);
+    }
+    for (const Wire& w : kWires) {
+        Module* m = e.findModule(w.module);
+        const int position = e.names.sortedPosition(w.source);
+        if (m && position >= 0) e.connectInput(*m, w.input, static_cast<uint16_t>(position));
+    }
+    session.snapshots.StoreNewPatch();
+    e.setRun(true);
+    session.SetModified(false);
+}
+
+// The first panel on the shown page that has an input: its first button opens the list.
+QPushButton* someInputButton(gui::MainWindow& window) {
+    for (gui::PanelFrame* frame : window.workspace().canvas(window.workspace().page())->findChildren<gui::PanelFrame*>())
+        if (frame->inputRows() > 1) return frame->inputButton(1);
+    return nullptr;
+}
 }  // namespace
 
 void takeScreenshotsLater(gui::Program& program, const QString& folder) {
     Session& session = program.session();
     {
         auto held = session.engine.lock();
-        for (const Placement& p : kDemo) {
-            const std::optional<ModuleTypeId> id = typeIdByName(p.type);
-            if (!id) continue;
-            session.engine.placeAtCursor(p.top, p.left);
-            session.engine.New(*id);
-        }
-        session.snapshots.StoreNewPatch();
-        session.engine.setRun(true);
-        session.SetModified(false);
+        if (session.CurrentFileName.empty()) buildSmallPatch(session);
     }
     program.optionsWindow().showOptions();
     QTimer::singleShot(kSettleMs, &program, [&program, folder] {
         QDir().mkpath(folder);
-        program.mainWindow().refresh();
+        gui::MainWindow& window = program.mainWindow();
+        window.refresh();
         gui::OptionsWindow& options = program.optionsWindow();
         auto* pages = options.findChild<QTabWidget*>();
-        bool ok = save(program.mainWindow(), folder + QStringLiteral("/quillmer-main.png")) &&
+        bool ok = save(window, folder + QStringLiteral("/quillmer-main.png")) &&
                   save(options, folder + QStringLiteral("/quillmer-options.png"));
         if (ok && pages) {
             pages->setCurrentIndex(1);
             ok = save(options, folder + QStringLiteral("/quillmer-options-program.png"));
         }
-        program.mainWindow().close();
+        options.hide();
+        if (QPushButton* input = someInputButton(window); ok && input) {
+            input->click();
+            gui::ConnectPopup& popup = window.panels().connectPopup();
+            QCoreApplication::processEvents();
+            ok = save(popup, folder + QStringLiteral("/quillmer-connect.png"));
+            popup.hide();
+        }
+        if (ok) {
+            window.openModuleMap();
+            QCoreApplication::processEvents();
+            ok = save(window.moduleMap(), folder + QStringLiteral("/quillmer-map.png"));
+            window.moduleMap().hide();
+        }
+        window.close();
         if (!ok) QCoreApplication::exit(1);
     });
 }

@@ -1,6 +1,7 @@
 #pragma once
-// --screenshot DIR: the program shows a small demonstration patch, saves pictures of its
-// main window and its options window into DIR, and quits. For the documentation.
+// --screenshot DIR [FILE.qmp]: the program shows the patch (or, without one, a small patch
+// of its own), saves pictures of its main window with the panels, a connection list, the
+// module map and the options window into DIR, and quits. For the documentation.
 
 #include <QString>
 
@@ -10,7 +11,8 @@ class Program;
 
 namespace quillmer {
 
-// Places the demonstration modules and arranges for the pictures once the windows are drawn.
+// Places the small patch unless one was loaded, and arranges for the pictures once the
+// windows are drawn.
 void takeScreenshotsLater(gui::Program& program, const QString& folder);
 
 }  // namespace quillmer

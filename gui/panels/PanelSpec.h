@@ -31,6 +31,22 @@ struct Shown {
     std::vector<int> row;   // a stage row's values
     int selected = 0;       // a stage row's current stage, a menu's row
     bool operator==(const Shown&) const = default;
+
+    static Shown ofNumber(int n) {
+        Shown s;
+        s.number = n;
+        return s;
+    }
+    static Shown ofText(std::string t) {
+        Shown s;
+        s.text = std::move(t);
+        return s;
+    }
+    static Shown ofOn(bool on) {
+        Shown s;
+        s.on = on;
+        return s;
+    }
 };
 
 // A gesture on a control, as the module receives it.
@@ -49,7 +65,8 @@ enum class ControlKind {
     Button,    // a push button (btnFill)
     EditBox,   // a typed number (the key of MIDIPoly)
     Choice,    // a drop-down list (cbNotes)
-    StageRow,  // the stage boxes, numbers and lamps of a stage table, with its up-down
+    StageRow,  // the stage boxes, numbers and lamps of a stage table
+    UpDown,    // steps a value up and down (UpDown1)
 };
 
 // Buttons whose gesture needs a question first; the panel board asks it.
@@ -68,8 +85,14 @@ struct ControlSpec {
     Editor edit;             // null: read only
     Dialog dialog = Dialog::None;
     std::vector<QString> choices;
+    int stages = 0;          // a stage row's stage count
     bool enabled = true;
     bool newRow = false;     // starts a new row of controls
+    bool enableColours = false;  // a switch green while out, red while in (opEnable)
+    bool textual = false;        // a value box that shows text, not a number
+    // Where it lies: in the rows below the inputs, at the right end of the title row (the
+    // output box, lamps always), or on the inputs' first line after the last button.
+    enum class Place { Rows, Title, BesideInputs } place = Place::Rows;
 };
 
 struct PanelSpec {
@@ -97,6 +120,12 @@ ControlSpec outputBox(const char* objectName = "bxOut1");
 ControlSpec outputLamp();
 ControlSpec valueBox(const char* objectName, QString tip, Reader read, int widthTwips = 900);
 ControlSpec caption(const char* objectName, Reader read, int widthTwips = 2700);
+ControlSpec textBox(const char* objectName, QString tip, Reader read, int widthTwips = 1200);
+// A button that stays in; the gesture's number is 1 for in, 0 for out.
+ControlSpec switchControl(const char* objectName, QString caption, QString tip, Reader read, Editor edit,
+                          int widthTwips = 900);
+// The channel button: "1 A" .. "16D", opening the channel dialog.
+ControlSpec channelButton();
 
 // Module casts for readers and editors; the description is only ever given its own type.
 template <class T>
@@ -107,7 +136,6 @@ T& as(Module& m) { return static_cast<T&>(m); }
 // Where the families put their descriptions, by type name.
 using PanelAdder = std::function<void(std::string_view type, PanelSpec spec)>;
 void addProcessorPanels(const PanelAdder& add);
-void addEventPanels(const PanelAdder& add);
 void addClockPanels(const PanelAdder& add);
 void addStepPanels(const PanelAdder& add);
 void addNoteOutputPanels(const PanelAdder& add);

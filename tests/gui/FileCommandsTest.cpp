@@ -6,7 +6,7 @@
 
 #include "gui/FileCommands.h"
 #include "gui/Lamp.h"
-#include "gui/PlaceholderPanels.h"
+#include "gui/PanelBoard.h"
 #include "gui/RecentFiles.h"
 #include "gui/StripBar.h"
 #include "tests/gui/GuiHarness.h"

@@ -13,6 +13,7 @@
 
 #include "gui/CpuMeter.h"
 #include "gui/ModulesMenu.h"
+#include "gui/panels/PanelFrame.h"
 #include "gui/OptionsWindow.h"
 #include "gui/ProgramOptionsPanel.h"
 #include "gui/StripBar.h"
@@ -106,7 +107,7 @@ TEST(Menus, AModuleLandsOnTheCurrentPageAndMarksThePatch) {
         EXPECT_EQ(pages, std::vector<int>({6, 6}));
         EXPECT_TRUE(h.session().ModifiedMark);
     }
-    const QList<QLabel*> panels = h.window().workspace().canvas(6)->findChildren<QLabel*>();
+    const QList<gui::PanelFrame*> panels = h.window().workspace().canvas(6)->findChildren<gui::PanelFrame*>();
     ASSERT_EQ(panels.size(), 2);
     EXPECT_FALSE(panels[0]->geometry().intersects(panels[1]->geometry())) << "a new panel doesn't cover another";
     EXPECT_EQ(h.window().workspace().page(), 6);

@@ -1,0 +1,202 @@
+#include "gui/ModuleMap.h"
+
+#include <QCheckBox>
+#include <QEvent>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QListWidget>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "engine/Placement.h"
+#include "gui/UserDialogs.h"
+#include "shell/Session.h"
+
+namespace quillmer::gui {
+
+namespace {
+const QString kTitle = QStringLiteral("Module Map");
+const QString kChooseTarget = QStringLiteral("Click on destination page to place");
+const char* const kCompass[] = {"North", "East", "South", "West"};
+const QColor kOnShow(255, 255, 224);
+const QColor kOther(255, 255, 255);
+// Window sizes in twips: tall or short, wide or narrow.
+constexpr int kTallHeight = 8880;
+constexpr int kShortHeight = 6060;
+constexpr int kWideWidth = 13200;
+constexpr int kNarrowWidth = 8400;
+
+struct CommandFace {
+    const char* caption;
+    const char* tip;
+};
+const CommandFace kCommands[] = {
+    {"Move", "Move selected modules to target page"},
+    {"Delete", "Delete selected modules"},
+    {"Enable", "Enable selected modules"},
+    {"Disable", "Disable selected modules"},
+};
+}  // namespace
+
+QString ModuleMap::pageTitle(int page) {
+    return QStringLiteral("  %1-%2").arg(QLatin1String(kCompass[page % 4])).arg(page / 4 + 1);
+}
+
+ModuleMap::ModuleMap(Session& session, UserDialogs& dialogs, QWidget* parent)
+    : QDialog(parent, Qt::Tool), session_(session), dialogs_(dialogs) {
+    setObjectName(QStringLiteral("fModMap"));
+    setWindowTitle(kTitle);
+    auto* column = new QVBoxLayout(this);
+    auto* grid = new QGridLayout;
+    grid->setSpacing(3);
+    for (int page = 0; page < kPageCount; ++page) {
+        auto* list = new QListWidget(this);
+        list->setObjectName(QStringLiteral("liMap%1").arg(page));
+        list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+        QFont small = list->font();
+        small.setPixelSize(11);
+        list->setFont(small);
+        QPalette colours = list->palette();
+        colours.setColor(QPalette::Text, Qt::black);
+        colours.setColor(QPalette::Base, kOther);
+        list->setPalette(colours);
+        list->viewport()->installEventFilter(this);
+        connect(list, &QListWidget::itemClicked, this, [this, page](QListWidgetItem* item) { lineClicked(page, item); });
+        grid->addWidget(list, groupOf(page), page % 4);
+        lists_[static_cast<size_t>(page)] = list;
+    }
+    column->addLayout(grid, 1);
+
+    auto* row = new QHBoxLayout;
+    for (int c = 0; c < 4; ++c) {
+        auto* button = new QPushButton(QLatin1String(kCommands[c].caption), this);
+        button->setObjectName(QStringLiteral("bFunc%1").arg(c));
+        button->setToolTip(QLatin1String(kCommands[c].tip));
+        button->setAutoDefault(false);
+        connect(button, &QPushButton::clicked, this, [this, c] { run(static_cast<Command>(c)); });
+        commands_[static_cast<size_t>(c)] = button;
+        row->addWidget(button);
+    }
+    row->addStretch(1);
+    wide_ = new QCheckBox(QStringLiteral("Wide"), this);
+    wide_->setObjectName(QStringLiteral("ckWide"));
+    wide_->setToolTip(QStringLiteral("Display wide view"));
+    tall_ = new QCheckBox(QStringLiteral("Tall"), this);
+    tall_->setObjectName(QStringLiteral("ckTall"));
+    tall_->setToolTip(QStringLiteral("Display Tall view"));
+    onTop_ = new QCheckBox(QStringLiteral("On top"), this);
+    onTop_->setObjectName(QStringLiteral("ckTop"));
+    onTop_->setToolTip(QStringLiteral("Make Module Map always on top"));
+    for (QCheckBox* box : {wide_, tall_, onTop_}) row->addWidget(box);
+    column->addLayout(row);
+    connect(wide_, &QCheckBox::toggled, this, &ModuleMap::resizeToBoxes);
+    connect(tall_, &QCheckBox::toggled, this, &ModuleMap::resizeToBoxes);
+    connect(onTop_, &QCheckBox::toggled, this, [this](bool on) {
+        const bool wasVisible = isVisible();
+        setWindowFlag(Qt::WindowStaysOnTopHint, on);
+        if (wasVisible) show();
+    });
+    resizeToBoxes();
+}
+
+void ModuleMap::resizeToBoxes() {
+    resize((wide_->isChecked() ? kWideWidth : kNarrowWidth) / kTwipsPerPixel,
+           (tall_->isChecked() ? kTallHeight : kShortHeight) / kTwipsPerPixel);
+}
+
+void ModuleMap::showModules(const std::vector<PlacedModule>& placed, int currentPage) {
+    if (placed != shown_) {
+        shown_ = placed;
+        rebuild();
+    }
+    if (mapPage_ != currentPage) highlight(currentPage);
+}
+
+void ModuleMap::rebuild() {
+    held_ = selectedNames();
+    for (int page = 0; page < kPageCount; ++page) {
+        QListWidget* list = lists_[static_cast<size_t>(page)];
+        list->clear();
+        auto* title = new QListWidgetItem(pageTitle(page), list);
+        title->setFlags(Qt::ItemIsEnabled);
+        QFont bold = list->font();
+        bold.setBold(true);
+        title->setFont(bold);
+    }
+    for (const PlacedModule& m : shown_) {
+        if (m.page < 0 || m.page >= kPageCount) continue;
+        auto* item = new QListWidgetItem(m.name, lists_[static_cast<size_t>(m.page)]);
+        if (!m.enabled) item->setForeground(QColor(160, 40, 40));
+        if (held_.contains(m.name)) item->setSelected(true);
+    }
+}
+
+void ModuleMap::highlight(int page) {
+    mapPage_ = page;
+    for (int p = 0; p < kPageCount; ++p) {
+        QListWidget* list = lists_[static_cast<size_t>(p)];
+        QPalette colours = list->palette();
+        const QColor wanted = p == page ? kOnShow : kOther;
+        if (colours.color(QPalette::Base) == wanted) continue;
+        colours.setColor(QPalette::Base, wanted);
+        list->setPalette(colours);
+    }
+}
+
+QStringList ModuleMap::selectedNames() const {
+    QStringList names;
+    for (QListWidget* list : lists_)
+        for (QListWidgetItem* item : list->selectedItems()) names << item->text();
+    return names;
+}
+
+void ModuleMap::run(Command command) {
+    switch (command) {
+        case Move:
+            choosingTarget_ = true;
+            setWindowTitle(kChooseTarget);
+            return;
+        case Delete:
+            if (!dialogs_.confirm(kTitle, QStringLiteral("Confirm Delete Modules - Can Not Undo"))) return;
+            applyToSelected(1, 0);
+            return;
+        case Enable: applyToSelected(3, 0); return;
+        case Disable: applyToSelected(2, 0); return;
+    }
+}
+
+void ModuleMap::applyToSelected(int action, int argument) {
+    held_ = selectedNames();
+    {
+        auto held = session_.engine.lock();
+        for (const QString& name : held_) session_.engine.MapCommand(name.toStdString(), action, argument);
+        if (action == 1 || action == 0) session_.SetModified(true);
+    }
+    emit changed();
+}
+
+bool ModuleMap::eventFilter(QObject* watched, QEvent* event) {
+    if (choosingTarget_ && event->type() == QEvent::MouseButtonPress) {
+        for (int page = 0; page < kPageCount; ++page) {
+            if (lists_[static_cast<size_t>(page)]->viewport() != watched) continue;
+            choosingTarget_ = false;
+            setWindowTitle(kTitle);
+            applyToSelected(0, page);
+            return true;  // the click names the page; it leaves the selection alone
+        }
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+void ModuleMap::lineClicked(int page, QListWidgetItem* item) {
+    if (!(item->flags() & Qt::ItemIsSelectable)) return;
+    highlight(page);
+    {
+        auto held = session_.engine.lock();
+        if (session_.engine.CurrentPage() == page) return;
+        session_.engine.showPage(page);
+    }
+    emit changed();
+}
+
+}  // namespace quillmer::gui

@@ -1,0 +1,395 @@
+#include "gui/PanelBoard.h"
+
+#include <QFileInfo>
+
+#include "engine/Placement.h"
+#include "gui/ChannelDialog.h"
+#include "gui/ConnectPopup.h"
+#include "gui/ModuleStatusDialog.h"
+#include "gui/UserDialogs.h"
+#include "gui/Workspace.h"
+#include "gui/panels/StatusIcon.h"
+#include "modules/midi/NoteOutputs.h"
+#include "shell/Session.h"
+
+namespace quillmer::gui {
+
+namespace {
+constexpr int kSpacingTwips = 120;  // one snap-grid step between new panels
+constexpr int kDefaultWidth = 1800;
+constexpr int kDefaultHeight = 1200;
+const QString kProduct = QStringLiteral("Quillmer");
+
+QString trimmedLabel(std::string_view label) { return text(label).trimmed(); }
+
+// The input's label as the connection list's title carries it: with one leading blank.
+QString titleLabel(std::string_view label) {
+    const QString l = text(label);
+    return l.startsWith(QLatin1Char(' ')) ? l : QLatin1Char(' ') + l;
+}
+}  // namespace
+
+std::vector<PlacedModule> readPlacedModules(Engine& engine) {
+    std::vector<PlacedModule> placed;
+    engine.forEachModule([&](Module& m) {
+        placed.push_back({QString::fromStdString(m.Name), m.Page, m.Top, m.Left, m.Width, m.Height, m.Enabled != 0});
+    });
+    return placed;
+}
+
+std::pair<int, int> freeSpot(const std::vector<PlacedModule>& placed, int page, int frameWidth, QSize size) {
+    if (!size.isValid()) size = QSize(kDefaultWidth, kDefaultHeight);
+    // A grid step apart, so that the place is already snapped.
+    const int step = kSpacingTwips;
+    const int columns = std::max(1, (frameWidth - size.width() - kSpacingTwips) / step + 1);
+    for (int cell = 0;; ++cell) {
+        const QRect wanted(kSpacingTwips + cell % columns * step, kSpacingTwips + cell / columns * step,
+                           size.width(), size.height());
+        bool taken = false;
+        for (const PlacedModule& m : placed)
+            if (m.page == page && wanted.intersects(QRect(m.left, m.top, m.width, m.height)
+                                                        .adjusted(-kSpacingTwips, -kSpacingTwips, kSpacingTwips, kSpacingTwips)))
+                taken = true;
+        if (!taken) return {wanted.top(), wanted.left()};
+    }
+}
+
+QSize panelSizeTwips(const ModuleRegistry& registry, ModuleTypeId type) {
+    const std::unique_ptr<Module> sample = registry.make(type);
+    std::vector<InputFace> inputs(static_cast<size_t>(sample->inputCount()));
+    const PanelFrame frame(panelSpec(type), QString(), QString(), inputs, nullptr);
+    return frame.sizeTwips();
+}
+
+PanelBoard::PanelBoard(Session& session, UserDialogs& dialogs, Workspace& workspace, QWidget* mainWindow)
+    : session_(session),
+      dialogs_(dialogs),
+      workspace_(workspace),
+      mainWindow_(mainWindow),
+      connect_(new ConnectPopup(mainWindow)),
+      status_(new ModuleStatusDialog(mainWindow)),
+      channel_(new ChannelDialog(mainWindow)) {
+    connect(connect_, &ConnectPopup::chosen, this, &PanelBoard::inputChosen);
+    connect(status_, &ModuleStatusDialog::decided, this, &PanelBoard::statusDecided);
+    connect(channel_, &ChannelDialog::chosen, this, [this](int slot) {
+        Gesture g;
+        g.number = slot;
+        {
+            auto held = session_.engine.lock();
+            Module* m = live(session_.engine, pending_.module, pending_.type, pending_.index);
+            if (!m) return;
+            panelSpec(m->type()).controls.at(static_cast<size_t>(pending_.control)).edit(*m, session_.engine, g);
+        }
+        refresh();
+    });
+}
+
+PanelBoard::~PanelBoard() = default;  // the canvases own the frames, the main window the pop-ups
+
+// --- reading ---
+
+void PanelBoard::refresh() {
+    {
+        auto held = session_.engine.lock();
+        collect(session_.engine);
+    }
+    draw();
+}
+
+bool PanelBoard::rosterChanged(Engine& engine) {
+    rosterScratch_.clear();
+    engine.forEachModule([this](Module& m) { rosterScratch_.push_back(&m); });
+    return rosterScratch_ != roster_;
+}
+
+void PanelBoard::rebuildRoster() {
+    std::vector<Slot> next;
+    next.reserve(rosterScratch_.size());
+    size_t old = 0;
+    for (Module* m : rosterScratch_) {
+        // Both lists run in type and index order, so the old slots are met in order.
+        while (old < slots_.size() && slots_[old].module != m &&
+               (slots_[old].type < m->type() || (slots_[old].type == m->type() && slots_[old].index < m->Index))) {
+            leaving_.push_back(slots_[old].frame);
+            ++old;
+        }
+        if (old < slots_.size() && slots_[old].module == m && slots_[old].name == QString::fromStdString(m->Name)) {
+            next.push_back(std::move(slots_[old++]));
+            continue;
+        }
+        Slot slot;
+        slot.module = m;
+        slot.type = m->type();
+        slot.index = m->Index;
+        slot.name = QString::fromStdString(m->Name);
+        slot.caption = text(m->info().caption);
+        const PanelSpec& spec = panelSpec(m->type());
+        for (int row = 0; row < m->inputCount(); ++row) {
+            const InputSpec& in = m->inputSpec(m->menuInput(row));
+            const size_t r = static_cast<size_t>(row);
+            slot.inputs.push_back({r < spec.inputLabels.size() ? spec.inputLabels[r] : trimmedLabel(in.label), text(in.tip)});
+        }
+        next.push_back(std::move(slot));
+    }
+    for (; old < slots_.size(); ++old) leaving_.push_back(slots_[old].frame);
+    slots_ = std::move(next);
+    roster_ = rosterScratch_;
+    mapDue_ = true;
+}
+
+void PanelBoard::collect(Engine& engine) {
+    if (rosterChanged(engine)) rebuildRoster();
+    shownPage_ = engine.CurrentPage();
+    for (Slot& slot : slots_) {
+        Module& m = *slot.module;
+        if (m.Page != slot.page || m.Top != slot.top || m.Left != slot.left) {
+            if (m.Page != slot.page) mapDue_ = true;
+            slot.page = m.Page;
+            slot.top = m.Top;
+            slot.left = m.Left;
+            slot.moved = true;
+        }
+        if (slot.enabled != (m.Enabled != 0)) {
+            slot.enabled = m.Enabled != 0;
+            mapDue_ = true;
+        }
+        // Hidden pages keep their marks until they are shown.
+        if (m.Page != shownPage_ || (slot.valuesRead && !m.viewChanged)) continue;
+        const PanelSpec& spec = panelSpec(m.type());
+        PanelValues& v = slot.values;
+        v.inputCaptions.resize(slot.inputs.size());
+        for (size_t row = 0; row < slot.inputs.size(); ++row)
+            v.inputCaptions[row] = m.inputCaption(m.menuInput(static_cast<int>(row)), engine.names);
+        v.durationLabel = spec.durationLabel ? spec.durationLabel(m) : DurationLabel::Dur;
+        v.controls.resize(spec.controls.size());
+        for (size_t i = 0; i < spec.controls.size(); ++i)
+            if (spec.controls[i].read) v.controls[i] = spec.controls[i].read(m);
+        v.statusPicture = statusPicture(m.Priority, m.Enabled != 0);
+        m.viewChanged = false;
+        slot.valuesRead = true;
+        slot.valuesDue = true;
+    }
+    if (mapDue_) {
+        placed_.clear();
+        for (const Slot& slot : slots_)
+            placed_.push_back({slot.name, slot.page, slot.top, slot.left, 0, 0, slot.enabled});
+    }
+}
+
+// --- drawing ---
+
+void PanelBoard::draw() {
+    for (PanelFrame* gone : leaving_) delete gone;
+    leaving_.clear();
+    bool made = false;
+    for (Slot& slot : slots_) {
+        if (slot.page < 0 || slot.page >= kPageCount) continue;
+        if (!slot.frame) {
+            slot.frame = makeFrame(slot);
+            made = true;
+        }
+        PanelFrame* frame = slot.frame;
+        if (slot.moved && !frame->dragging()) {
+            QWidget* canvas = workspace_.canvas(slot.page);
+            if (frame->parentWidget() != canvas) frame->setParent(canvas);
+            frame->move(slot.left / kTwipsPerPixel, slot.top / kTwipsPerPixel);
+            frame->setVisible(true);
+            slot.moved = false;
+        }
+        if (slot.valuesDue) {
+            frame->show(slot.values);
+            slot.valuesDue = false;
+        }
+    }
+    if (made) tellSizes();
+    if (mapDue_) {
+        mapDue_ = false;
+        emit modulesChanged();
+    }
+}
+
+void PanelBoard::tellSizes() {
+    auto held = session_.engine.lock();
+    for (Slot& slot : slots_) {
+        Module* m = live(session_.engine, slot);
+        if (!m || !slot.sizeTwips.isValid()) continue;
+        m->Width = slot.sizeTwips.width();
+        m->Height = slot.sizeTwips.height();
+    }
+}
+
+PanelFrame* PanelBoard::makeFrame(Slot& slot) {
+    auto* frame = new PanelFrame(panelSpec(slot.type), slot.name, slot.caption, slot.inputs, workspace_.canvas(slot.page));
+    slot.sizeTwips = frame->sizeTwips();
+    frame->mayDrag = [this] {
+        auto held = session_.engine.lock();
+        return !session_.engine.options.lockModules;
+    };
+    connect(frame, &PanelFrame::inputClicked, this, [this, frame](int row) { connectInput(frame, row); });
+    connect(frame, &PanelFrame::statusClicked, this, [this, frame] { askStatus(frame); });
+    connect(frame, &PanelFrame::gesture, this, [this, frame](int control, const Gesture& g) { forward(frame, control, g); });
+    connect(frame, &PanelFrame::dialogWanted, this, [this, frame](int control) { askDialog(frame, control); });
+    connect(frame, &PanelFrame::dragFinished, this, [this, frame](QPoint at) { dragEnded(frame, at); });
+    slot.moved = true;
+    return frame;
+}
+
+PanelFrame* PanelBoard::frame(const QString& name) const {
+    for (const Slot& slot : slots_)
+        if (slot.name == name) return slot.frame;
+    return nullptr;
+}
+
+PanelBoard::Slot* PanelBoard::slotOf(const PanelFrame* frame) {
+    for (Slot& slot : slots_)
+        if (slot.frame == frame) return &slot;
+    return nullptr;
+}
+
+Module* PanelBoard::live(Engine& engine, Module* module, ModuleTypeId type, int16_t index) {
+    if (!module || type < 1 || type > kTypeCount) return nullptr;
+    Module* m = engine.typeSlot(type).at(index);
+    return m == module && m->Active != 0 ? m : nullptr;
+}
+
+// --- gestures ---
+
+void PanelBoard::connectInput(PanelFrame* frame, int row) {
+    Slot* slot = slotOf(frame);
+    if (!slot) return;
+    QString title;
+    QStringList names;
+    int position = 0;
+    {
+        auto held = session_.engine.lock();
+        Engine& e = session_.engine;
+        Module* m = live(e, *slot);
+        if (!m || e.options.lockModules || row >= m->inputCount()) return;
+        const int k = m->menuInput(row);
+        title = QStringLiteral("Connect: ") + slot->name + titleLabel(m->inputSpec(k).label);
+        names.reserve(static_cast<qsizetype>(e.names.sortedCount()));
+        for (const std::string& name : e.names.SortedNameList()) names.push_back(QString::fromStdString(name));
+        position = m->InputPosition.at(static_cast<size_t>(k));
+        pending_ = {m, slot->type, slot->index, k, 0};
+    }
+    const QRect panel(frame->mapToGlobal(QPoint(0, 0)), frame->size());
+    connect_->popUp(title, names, position, panel, mainWindow_->frameGeometry());
+}
+
+void PanelBoard::inputChosen(int position, const QString& name) {
+    {
+        auto held = session_.engine.lock();
+        Engine& e = session_.engine;
+        Module* m = live(e, pending_.module, pending_.type, pending_.index);
+        if (!m) return;
+        // Names may have come or gone while the list was open: the name decides.
+        const std::string chosen = name.toStdString();
+        if (e.names.sortedName(static_cast<uint16_t>(position)) != chosen) {
+            position = e.names.sortedPosition(chosen);
+            if (position < 0) return;
+        }
+        e.connectInput(*m, pending_.input, static_cast<uint16_t>(position));
+    }
+    refresh();
+}
+
+void PanelBoard::askStatus(PanelFrame* frame) {
+    Slot* slot = slotOf(frame);
+    if (!slot) return;
+    int priorityIndex = 1;
+    bool enabled = true;
+    {
+        auto held = session_.engine.lock();
+        Module* m = live(session_.engine, *slot);
+        if (!m) return;
+        priorityIndex = priorityIndexOf(m->Priority);
+        enabled = m->Enabled != 0;
+        pending_ = {m, slot->type, slot->index, 0, 0};
+    }
+    status_->ask(slot->name, priorityIndex, enabled, frame->mapTo(mainWindow_, QPoint(0, 0)));
+}
+
+void PanelBoard::statusDecided(const StatusChoice& choice) {
+    if (choice.cancelled) return;
+    if (choice.remove && panelSpec(pending_.type).askBeforeDelete) {
+        QString name;
+        for (const Slot& slot : slots_)
+            if (slot.module == pending_.module) name = slot.name;
+        if (!dialogs_.confirm(kProduct, QStringLiteral("Delete ") + name + QLatin1Char('?'))) return;
+    }
+    {
+        auto held = session_.engine.lock();
+        Module* m = live(session_.engine, pending_.module, pending_.type, pending_.index);
+        if (!m) return;
+        session_.engine.applyStatus(*m, choice);
+    }
+    refresh();
+}
+
+void PanelBoard::forward(PanelFrame* frame, int control, const Gesture& g) {
+    Slot* slot = slotOf(frame);
+    if (!slot) return;
+    {
+        auto held = session_.engine.lock();
+        Module* m = live(session_.engine, *slot);
+        const Editor& edit = panelSpec(slot->type).controls.at(static_cast<size_t>(control)).edit;
+        if (!m || !edit) return;
+        edit(*m, session_.engine, g);
+    }
+    refresh();
+}
+
+void PanelBoard::askDialog(PanelFrame* frame, int control) {
+    Slot* slot = slotOf(frame);
+    if (!slot) return;
+    const ControlSpec& c = panelSpec(slot->type).controls.at(static_cast<size_t>(control));
+    if (c.dialog == Dialog::ChainFile) {
+        QString folder;
+        {
+            auto held = session_.engine.lock();
+            folder = QFileInfo(QString::fromStdString(session_.CurrentFileName)).absolutePath();
+        }
+        Gesture g;
+        g.kind = Gesture::Kind::Text;
+        g.text = dialogs_.openFileName(QStringLiteral("Select Chain File"), folder, QStringLiteral("Quillmer Modules (*.qmp)"))
+                     .toStdString();
+        forward(frame, control, g);
+        return;
+    }
+    int chanPort = 0;
+    {
+        auto held = session_.engine.lock();
+        Module* m = live(session_.engine, *slot);
+        if (!m) return;
+        chanPort = static_cast<const ChannelModule*>(m)->ChanPort;
+        pending_ = {m, slot->type, slot->index, 0, control};
+    }
+    channel_->ask(slot->name, chanPort, frame->mapToGlobal(QPoint(frame->width(), 0)));
+}
+
+void PanelBoard::dragEnded(PanelFrame* frame, QPoint topLeft) {
+    Slot* slot = slotOf(frame);
+    if (!slot) return;
+    auto held = session_.engine.lock();
+    Module* m = live(session_.engine, *slot);
+    if (!m) return;
+    // The next update snaps it under auto-align and moves it to a neighbour page past an edge.
+    m->Top = topLeft.y() * kTwipsPerPixel;
+    m->Left = topLeft.x() * kTwipsPerPixel;
+    slot->top = m->Top;
+    slot->left = m->Left;
+}
+
+void PanelBoard::createAtCursor(int page, QPoint pixel) {
+    {
+        auto held = session_.engine.lock();
+        Engine& e = session_.engine;
+        if (page != e.CurrentPage()) return;
+        e.placeAtCursor(pixel.y() * kTwipsPerPixel, pixel.x() * kTwipsPerPixel);
+        e.NewLastModule();
+        session_.SetModified(true);
+    }
+    refresh();
+}
+
+}  // namespace quillmer::gui
