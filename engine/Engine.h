@@ -181,6 +181,11 @@ public:
     void setExtendedTempo(bool on);
     // A load finished: the next resync pulse also raises "~ TLoad".
     void markPatchLoaded();
+    // A key went down anywhere in the main window (repeats too): "~ KeyChar" and "~ KeyCtrl"
+    // take its code and the modifiers (1 Shift, 2 Ctrl, 4 Alt), "~ KeyDown" counts up to 127.
+    void keyDown(int keyCode, int modifiers);
+    // A key went up: "~ KeyDown" back to 0.
+    void keyUp() { bus[sysbus::KeyDown] = 0; }
     // The transport: "~ Run" and "~ Stop", always each other's complement.
     void setRun(bool run);
 

@@ -132,6 +132,12 @@ void Engine::requestTableLoadStrobe(uint8_t value) {
     tableStrobeRequestValue_ = value;
 }
 
+void Engine::keyDown(int keyCode, int modifiers) {
+    bus[sysbus::KeyChar] = static_cast<uint8_t>(keyCode & 127);
+    bus[sysbus::KeyCtrl] = static_cast<uint8_t>(modifiers & 127);
+    if (bus[sysbus::KeyDown] < 127) ++bus[sysbus::KeyDown];
+}
+
 void Engine::setRun(bool run) {
     bus[sysbus::Run] = run ? 127 : 0;
     bus[sysbus::Stop] = run ? 0 : 127;

@@ -1,6 +1,8 @@
 #include "gui/MainWindow.h"
 
+#include <QApplication>
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QFileInfo>
 #include <QMenuBar>
 #include <QMimeData>
@@ -41,6 +43,7 @@ MainWindow::MainWindow(Session& session, UserDialogs& dialogs, ProgramSettings& 
     : QMainWindow(parent), session_(session), dialogs_(dialogs), settings_(settings), recent_(recent), options_(options) {
     setObjectName(QStringLiteral("fMain"));
     setAcceptDrops(true);
+    qApp->installEventFilter(this);  // key events for the bus, whichever widget has the focus
     files_ = new FileCommands(session_, dialogs_, recent_, settings_, this);
 
     auto* central = new QWidget(this);
@@ -312,6 +315,30 @@ void MainWindow::dropFiles(const QList<QUrl>& urls) {
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
     const QMimeData* mime = event->mimeData();
     if (mime->hasUrls() && !mime->urls().isEmpty() && !qmpPath(mime->urls().first()).isEmpty()) event->acceptProposedAction();
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    const auto type = event->type();
+    if (type == QEvent::KeyPress || type == QEvent::KeyRelease) {
+        auto* widget = qobject_cast<QWidget*>(watched);
+        if (widget && widget->window() == this) {
+            const auto* key = static_cast<QKeyEvent*>(event);
+            // An event a child ignores goes on to its parents: count it once.
+            const KeySeen seen{type, key->key(), key->timestamp()};
+            if (seen == lastKey_) return QMainWindow::eventFilter(watched, event);
+            lastKey_ = seen;
+            auto held = session_.engine.lock();
+            if (type == QEvent::KeyRelease) {
+                if (!key->isAutoRepeat()) session_.engine.keyUp();
+            } else {
+                const Qt::KeyboardModifiers m = key->modifiers();
+                const int modifiers = (m & Qt::ShiftModifier ? 1 : 0) | (m & Qt::ControlModifier ? 2 : 0) |
+                                      (m & Qt::AltModifier ? 4 : 0);
+                session_.engine.keyDown(key->key(), modifiers);
+            }
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {

@@ -69,6 +69,8 @@ signals:
     void closed();
 
 protected:
+    // Keys pressed anywhere in this window reach the key outputs of the bus.
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
@@ -102,6 +104,13 @@ private:
     int refreshCount_ = 0;
     bool systemShutdown_ = false;
     bool closing_ = false;
+    struct KeySeen {
+        int type = 0;
+        int key = 0;
+        unsigned long long timestamp = 0;
+        bool operator==(const KeySeen&) const = default;
+    };
+    KeySeen lastKey_;
 };
 
 }  // namespace quillmer::gui

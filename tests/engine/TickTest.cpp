@@ -268,3 +268,16 @@ TEST(TableLoadStrobe, LastsExactlyOneTick) {
     h.ticks(1);
     EXPECT_FALSE(h.engine->tableLoadStrobe());
 }
+
+TEST(Keys, KeyDownCountsRepeatsUpTo127AndKeyUpClearsIt) {
+    Harness h;
+    h.engine->keyDown(0x141, 2);  // a code above 127 keeps its low seven bits
+    EXPECT_EQ(h.engine->bus[sysbus::KeyChar], 0x41);
+    EXPECT_EQ(h.engine->bus[sysbus::KeyCtrl], 2);
+    EXPECT_EQ(h.engine->bus[sysbus::KeyDown], 1);
+    for (int i = 0; i < 200; ++i) h.engine->keyDown('A', 0);
+    EXPECT_EQ(h.engine->bus[sysbus::KeyDown], 127);
+    h.engine->keyUp();
+    EXPECT_EQ(h.engine->bus[sysbus::KeyDown], 0);
+    EXPECT_EQ(h.engine->bus[sysbus::KeyChar], 'A') << "the last key stays";
+}

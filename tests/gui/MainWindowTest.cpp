@@ -1,6 +1,8 @@
 // The main window's menus, toolbar and strip against the engine they drive.
 
+#include <QApplication>
 #include <QCheckBox>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QComboBox>
@@ -274,4 +276,20 @@ TEST(CpuMeter, ReadsTheProcessTimesPastAnOddCommandName) {
 }
 
 }  // namespace
+TEST(Keys, KeysPressedInTheWindowReachTheKeyOutputsOnce) {
+    GuiHarness h;
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_Q, Qt::ShiftModifier);
+    QApplication::sendEvent(&h.window(), &press);
+    {
+        auto held = h.engine().lock();
+        EXPECT_EQ(h.engine().bus[sysbus::KeyChar], 'Q');
+        EXPECT_EQ(h.engine().bus[sysbus::KeyCtrl], 1);
+        EXPECT_EQ(h.engine().bus[sysbus::KeyDown], 1) << "counted once, however far the event went";
+    }
+    QKeyEvent release(QEvent::KeyRelease, Qt::Key_Q, Qt::NoModifier);
+    QApplication::sendEvent(&h.window(), &release);
+    auto held = h.engine().lock();
+    EXPECT_EQ(h.engine().bus[sysbus::KeyDown], 0);
+}
+
 }  // namespace quillmer::testing
