@@ -5,6 +5,7 @@
 
 #include "engine/Engine.h"
 #include "gui/OptionFlags.h"
+#include "platform/FluidSynthInstance.h"
 
 namespace quillmer::gui {
 
@@ -86,7 +87,9 @@ void ProgramSettings::readPorts(QSettings& store) {
     store.beginGroup(kSection);
     for (int port = 0; port < kPortCount; ++port) {
         const auto p = static_cast<size_t>(port);
-        outputPorts[p] = store.value(QString::fromStdString(outputPortKey(port)), kNoDevice).toString();
+        // On a first start port A plays the built-in synth, so a new user hears something.
+        const QString firstChoice = port == 0 ? QString::fromUtf8(kBuiltInSynthName) : kNoDevice;
+        outputPorts[p] = store.value(QString::fromStdString(outputPortKey(port)), firstChoice).toString();
         inputPorts[p] = store.value(QString::fromStdString(inputPortKey(port)), kNoDevice).toString();
     }
     webSite = store.value(QStringLiteral("WebSite")).toString();

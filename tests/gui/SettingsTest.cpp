@@ -87,6 +87,8 @@ TEST(Settings, AFirstStartWritesItsSeedAndFolderAndUsesTheExamples) {
     EXPECT_EQ(setting(h.store, QStringLiteral("AppDir")), gui::programDir());
     EXPECT_EQ(h.program->settings().currentDir, gui::examplesDir());
     EXPECT_EQ(h.program->settings().mainState, gui::WindowState::Normal);
+    EXPECT_EQ(h.program->settings().outputPorts[0], QStringLiteral("Built-in Synth")) << "heard at once";
+    EXPECT_EQ(h.program->settings().outputPorts[1], QStringLiteral("None Selected"));
     const QString seed = setting(h.store, QStringLiteral("UFSeed"));
     ASSERT_TRUE(h.exitProgram());
     h.restart();
