@@ -84,6 +84,8 @@ public:
     Engine& operator=(const Engine&) = delete;
 
     std::unique_lock<std::mutex> lock() { return std::unique_lock<std::mutex>(mutex_); }
+    // The lock if it is free now; check owns_lock().
+    std::unique_lock<std::mutex> tryLock() { return std::unique_lock<std::mutex>(mutex_, std::try_to_lock); }
 
     OutputBus bus;
     OutputNames names;

@@ -42,8 +42,6 @@ MidiPorts::MidiPorts(Engine& engine) : engine_(engine) {
 MidiPorts::~MidiPorts() {
     engine_.timers().setInterval(sweepTimer_, 0);
     engine_.timers().setInterval(drainTimer_, 0);
-    for (auto& t : closers_)
-        if (t.joinable()) t.join();
 }
 
 // --- devices ---
@@ -128,30 +126,24 @@ void MidiPorts::attachOutput(int port, std::unique_ptr<MidiOutputDevice> device)
 
 void MidiPorts::wireInput(int port) {
     InputPort& p = inputs_[static_cast<size_t>(port)];
-    const uint32_t generation = ++p.generation;
-    p.device->setDataHandler([this, port, generation](const std::vector<MidiInputMessage>& messages) {
-        auto held = engine_.lock();
-        if (inputs_[static_cast<size_t>(port)].generation != generation) return;  // closed since
-        handleInput(port, messages);
-    });
+    p.device->setDataHandler([this, port](const std::vector<MidiInputMessage>& messages) { onInputData(port, messages); });
     p.device->setEventHandler([this, port](const MidiDeviceEvent& e) {
         std::lock_guard<std::mutex> held(eventsMutex_);
         events_.push_back({true, port, e});
     });
 }
 
+// A device's close may wait for its callback to return; the callback never waits for the
+// engine lock, so this is safe with the lock held.
 void MidiPorts::closeInput(int port) {
     InputPort& p = inputs_[static_cast<size_t>(port)];
     InputOpen[static_cast<size_t>(port)] = false;
-    ++p.generation;
     if (!p.device) return;
-    // A device's close may wait for its callback, which may be waiting for the engine lock
-    // we hold: close it on a thread of its own.
-    closers_.emplace_back([device = std::move(p.device)]() mutable {
-        device->stop();
-        device->close();
-        device.reset();
-    });
+    p.device->stop();
+    p.device->close();
+    p.device.reset();
+    std::lock_guard<std::mutex> held(eventsMutex_);
+    std::erase_if(input_, [port](const QueuedInput& q) { return q.port == port; });  // what it sent last
 }
 
 void MidiPorts::openInput(int port) {
@@ -228,6 +220,7 @@ void MidiPorts::handleDeviceEvents() {
         pending.swap(events_);
     }
     for (const QueuedEvent& e : pending) handleDeviceEvent(e);
+    handleQueuedInput();
 }
 
 void MidiPorts::handleDeviceEvent(const QueuedEvent& queued) {
@@ -436,8 +429,23 @@ void MidiPorts::stopSweep() {
 // --- input ---
 
 void MidiPorts::onInputData(int port, const std::vector<MidiInputMessage>& messages) {
-    auto held = engine_.lock();
-    handleInput(port, messages);
+    {
+        std::lock_guard<std::mutex> held(eventsMutex_);
+        input_.push_back({port, messages});
+    }
+    // Never wait for the engine here: whoever holds it may be closing this very device.
+    // What can't be handled now is handled when the engine is next free for it.
+    auto engine = engine_.tryLock();
+    if (engine.owns_lock()) handleQueuedInput();
+}
+
+void MidiPorts::handleQueuedInput() {
+    std::vector<QueuedInput> pending;
+    {
+        std::lock_guard<std::mutex> held(eventsMutex_);
+        pending.swap(input_);
+    }
+    for (const QueuedInput& q : pending) handleInput(q.port, q.messages);
 }
 
 void MidiPorts::handleInput(int port, const std::vector<MidiInputMessage>& messages) {

@@ -4,7 +4,7 @@
 // input tables, and recording. Devices come from a MidiDeviceProvider; no device code here.
 //
 // Thread rule: everything needs the engine lock, except the device callbacks
-// (onInputData, device events), which take it themselves or queue for the next tick.
+// (onInputData, device events): they queue what they bring and never wait for the lock.
 
 #include <array>
 #include <cstdint>
@@ -13,7 +13,6 @@
 #include <mutex>
 #include <span>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "engine/MidiDevice.h"
@@ -135,7 +134,7 @@ public:
     // --- input ---
     MidiInputTables in;
     std::array<bool, kPortCount> InputOpen{};
-    // Device callback: takes the engine lock.
+    // Device callback: handled at once when the engine is free, else at the next tick.
     void onInputData(int port, const std::vector<MidiInputMessage>& messages);
     // The same with the lock already held.
     void handleInput(int port, const std::vector<MidiInputMessage>& messages);
@@ -163,7 +162,8 @@ public:
     bool exitDrained() const { return drained_; }
     void stopSweep();
 
-    // Device events queued from device threads, handled under the lock at the next tick.
+    // Device events and input queued from device threads, handled under the lock at the
+    // next tick.
     void handleDeviceEvents();
 
 private:
@@ -175,7 +175,6 @@ private:
     struct InputPort {
         std::string name{kNoDevice};
         std::unique_ptr<MidiInputDevice> device;
-        uint32_t generation = 0;  // data from an older device of this port is dropped
     };
     struct RecordingTrack {
         bool used = false;
@@ -186,6 +185,10 @@ private:
         bool running = false;
         int port = 0;
         int wait = 0;  // 0..31: the batch to send at the next firing
+    };
+    struct QueuedInput {
+        int port;
+        std::vector<MidiInputMessage> messages;
     };
     struct QueuedEvent {
         bool input;
@@ -202,6 +205,7 @@ private:
     void wireInput(int port);
     void openInput(int port);
     void closeInput(int port);
+    void handleQueuedInput();
     void runPanic(int fromPort);
     void sweepBatch();
     void onSweepTimer();
@@ -221,9 +225,9 @@ private:
     bool drained_ = false;
     TimerId sweepTimer_ = -1;
     TimerId drainTimer_ = -1;
-    std::vector<std::thread> closers_;
     std::mutex eventsMutex_;
     std::vector<QueuedEvent> events_;
+    std::vector<QueuedInput> input_;  // input that came while the engine was busy
 };
 
 }  // namespace quillmer

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <thread>
 
 #include "FakeDevices.h"
 #include "Harness.h"
@@ -392,4 +393,19 @@ TEST(Recording, DeltasCountTicksSinceTheTracksLastMessageInFileTicks) {
     std::string error;
     EXPECT_TRUE(p.SaveMidiFile("out.mid", error));
     EXPECT_FALSE(p.recording());
+}
+
+// A device thread never waits for the engine: closing a device can wait for its callback
+// without a deadlock. What arrives while the engine is busy is handled at the next tick.
+TEST(InputTables, InputArrivingWhileTheEngineIsBusyWaitsForTheNextTick) {
+    PortHarness h;
+    h.engine->StartTimers();
+    {
+        auto held = h.engine->lock();
+        std::thread device([&] { h.engine->ports.onInputData(0, {{0x90, 61, 90}}); });
+        device.join();  // returned although the lock is held
+        EXPECT_EQ(h.engine->ports.in.InLastNote[0], 0);
+    }
+    h.ticks(1);
+    EXPECT_EQ(h.engine->ports.in.InLastNote[0], 61);
 }
