@@ -111,6 +111,19 @@ bool readWholeFile(const std::string& path, std::vector<uint8_t>& bytes) {
     return !file.bad();
 }
 
+// Appends what an existing, longer file holds past the end of `bytes`; only that is read.
+void appendOldTail(const std::string& path, std::vector<uint8_t>& bytes) {
+    std::ifstream old(path, std::ios::binary | std::ios::ate);
+    if (!old) return;
+    const std::streamoff oldSize = old.tellg();
+    const auto newSize = static_cast<std::streamoff>(bytes.size());
+    if (oldSize <= newSize) return;
+    old.seekg(newSize);
+    bytes.resize(static_cast<size_t>(oldSize));
+    old.read(reinterpret_cast<char*>(bytes.data() + newSize), oldSize - newSize);
+    bytes.resize(static_cast<size_t>(newSize + old.gcount()));
+}
+
 // Writes `bytes` to a temporary file beside `path` and renames it over `path`.
 bool writeAtomically(const std::string& path, const std::vector<uint8_t>& bytes, std::string& error) {
     AtomicFile file(path);
@@ -238,8 +251,7 @@ bool Session::SaveModuleFile(const std::string& path, std::string& error) {
     std::vector<uint8_t> bytes = header.write();
     bytes.insert(bytes.end(), records.begin(), records.end());
     // A shorter patch saved over a longer file leaves the old tail behind it, unread.
-    std::vector<uint8_t> old;
-    if (readWholeFile(path, old) && old.size() > bytes.size()) bytes.insert(bytes.end(), old.begin() + static_cast<long>(bytes.size()), old.end());
+    appendOldTail(path, bytes);
 
     if (!writeAtomically(path, bytes, error)) {
         SetModified(true);
