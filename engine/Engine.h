@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -70,6 +71,12 @@ struct StatusChoice {
     bool cancelled = false;
 };
 
+// A module that can't be placed: the message says why.
+class PlacementError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 class Engine {
     // First, so that they are ready for the members made after them.
     TimerService& timers_;
@@ -114,6 +121,7 @@ public:
     void connectInput(Module& module, int k, uint16_t position);
 
     // --- life cycle ---
+    // Throws PlacementError (and changes nothing) when the type has no room left.
     Module& New(ModuleTypeId type);
     Module& NewLastModule();
     ModuleTypeId LastModuleType = 0;
@@ -135,9 +143,14 @@ public:
     Module& placeForBulk(ModuleTypeId type);
     void endBulk();
 
-    // Loading: a type's records as read, index = place; placed ones take a name slot. The
-    // sorted list is left alone until finishRestore.
-    void restoreInstances(ModuleTypeId type, std::vector<std::unique_ptr<Module>> records);
+    // The most instances a type can have: its outputs must stay within the bus.
+    static int maxInstances(ModuleTypeId type);
+    static constexpr int kMaxRecordCount = 32767;  // a file counts records in 16 bits
+    // Loading: a blank record at the type's next index for the file's bytes (throws
+    // PlacementError past maxInstances); then restoreInstances attaches the placed ones and
+    // gives them name slots. The sorted list is left alone until finishRestore.
+    Module& loadRecord(ModuleTypeId type);
+    void restoreInstances(ModuleTypeId type);
     // Sorts the names once and resolves every stored connection by name.
     void finishRestore();
     // Snapshots: every placed module stores to / recalls from slot CurrentSnapshot.
@@ -145,6 +158,9 @@ public:
     void RecallAllPatches();
 
     ModuleTypeSlot& typeSlot(ModuleTypeId id) { return *types_[static_cast<size_t>(id)]; }
+    // Set when a module is placed, deleted or moved to another pass: the pass lists are
+    // rebuilt before the next pass runs.
+    bool passListsStale = true;
     Module* findModule(std::string_view name);
     template <class F>
     void forEachModule(F&& f) {
@@ -215,18 +231,22 @@ public:
     TimerId absClockBTimer() const { return absClockBTimer_; }
 
 private:
+    enum Group { InputAndDisplay, AfterPass, MidiOutput, MidiInputReaders, MidiOutputOnInput, kGroupCount };
     void runPass(int16_t priority);
-    void runGroup(const std::vector<ModuleTypeId>& types);
+    void runGroup(Group group);
+    void refreshPassLists();
     void HaltTimers();
     void ResetOutputs();
     void registerOutput(Module& module);
     Module& place(ModuleTypeId type);
-    std::unique_ptr<Module> blankRecord(ModuleTypeId type) const;
     void updateLamps();
     void whole();
 
     std::mutex mutex_;
     std::vector<std::unique_ptr<ModuleTypeSlot>> types_;  // by ModuleTypeId; 0 unused
+    // Slots with placed modules, per pass and per group, in the walking order.
+    std::array<std::vector<ModuleTypeSlot*>, kPassCount> passSlots_;
+    std::array<std::vector<ModuleTypeSlot*>, kGroupCount> groupSlots_;
 
     const uint8_t* toneTables_ = nullptr;
     bool patchChanged_ = false;

@@ -11,7 +11,7 @@ Engine::Engine(TimerService& timers, const ModuleRegistry& registry, EngineSeams
     : timers_(timers), registry_(registry), seams_(seams ? seams : &defaultSeams_), ports(*this) {
     types_.reserve(kTypeCount + 1);
     types_.push_back(nullptr);
-    for (ModuleTypeId id = 1; id <= kTypeCount; ++id) types_.push_back(std::make_unique<ModuleTypeSlot>(id));
+    for (ModuleTypeId id = 1; id <= kTypeCount; ++id) types_.push_back(registry_.makeSlot(id));
     InitOutputLists();
     // Creation order is the firing order of timers due at the same instant.
     tickTimer_ = timers_.addTimer("tick", [this] { onTickTimer(); });
@@ -67,18 +67,22 @@ void Engine::connectInput(Module& module, int k, uint16_t position) {
 
 // --- life cycle ---
 
-std::unique_ptr<Module> Engine::blankRecord(ModuleTypeId type) const {
-    std::unique_ptr<Module> record = registry_.make(type);
-    record->Active = 0;
-    return record;
+int Engine::maxInstances(ModuleTypeId type) {
+    const TypeInfo& info = typeInfo(type);
+    // A module's output id is its family's first id plus its index; past the end of the
+    // bus there is nowhere to write. A type without an output is bounded by the file's count.
+    return info.hasOutput() ? kBusSize - info.busFamily * kIdsPerFamily : kMaxRecordCount;
 }
 
 Module& Engine::place(ModuleTypeId type) {
     ModuleTypeSlot& slot = typeSlot(type);
-    const int16_t index = slot.AllocInstance([this, type] { return blankRecord(type); });
+    if (slot.nextIndex() >= maxInstances(type))
+        throw PlacementError("Can't place another " + std::string(slot.info().type) +
+                             " module: there is no room left for its output.");
+    const int16_t index = slot.AllocInstance();
     Module& m = *slot.at(index);
     m.Name = std::to_string(index + 1) + std::string(slot.info().prefix);
-    m.Priority = priority::Default;
+    m.setPriority(priority::Default);
     m.Active = -1;
     m.Enabled = -1;
     m.Page = static_cast<int16_t>(currentPage_);
@@ -88,6 +92,7 @@ Module& Engine::place(ModuleTypeId type) {
 
 void Engine::registerOutput(Module& m) {
     const NameSlot s = names.AllocNameSlot();
+    if (s < 0) throw PlacementError("Can't place " + m.Name + ": every output name is in use.");
     m.OutSlot = s;
     names.enter(s, m.Name, m.OutBus);
 }
@@ -130,20 +135,22 @@ void Engine::Delete(Module& module) {
         RemoveSortedName(module.OutSlot);
         names.free(names.FindNameSlot(module.Name));
     }
-    typeSlot(type).freeSlot(index, [this, type] { return blankRecord(type); });  // `module` is gone now
+    typeSlot(type).freeSlot(index);  // `module` is gone now
+    passListsStale = true;
     ResetAllInputs();
 }
 
 void Engine::CloseAllModules() {
     closing_ = true;
     for (size_t id = 1; id < types_.size(); ++id) types_[id]->UnloadAll();
+    passListsStale = true;
     InitOutputLists();
     closing_ = false;
 }
 
 void Engine::applyStatus(Module& module, const StatusChoice& choice) {
     if (choice.cancelled) return;
-    module.Priority = storedPriorityOf(choice.priorityIndex);
+    module.setPriority(storedPriorityOf(choice.priorityIndex));
     module.Enabled = choice.enabled ? int16_t{-1} : int16_t{0};
     module.viewChanged = true;
     MarkPatchChanged(true);
@@ -182,9 +189,15 @@ void Engine::endBulk() {
     MarkPatchChanged(true);
 }
 
-void Engine::restoreInstances(ModuleTypeId type, std::vector<std::unique_ptr<Module>> records) {
+Module& Engine::loadRecord(ModuleTypeId type) {
     ModuleTypeSlot& slot = typeSlot(type);
-    slot.adopt(std::move(records));
+    if (static_cast<int>(slot.slotCount()) >= maxInstances(type))
+        throw PlacementError("more " + std::string(slot.info().type) + " modules than the output bus has room for");
+    return slot.appendBlank();
+}
+
+void Engine::restoreInstances(ModuleTypeId type) {
+    ModuleTypeSlot& slot = typeSlot(type);
     for (size_t i = 0; i < slot.slotCount(); ++i) {
         Module& m = *slot.at(static_cast<int16_t>(i));
         m.Index = static_cast<int16_t>(i);

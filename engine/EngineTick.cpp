@@ -13,16 +13,42 @@ constexpr int kWholeCounter = 96;
 
 // --- the update order ---
 
-void Engine::runPass(int16_t pass) {
-    for (ModuleTypeId id : passOrder()) types_[static_cast<size_t>(id)]->UpdateInPass(*this, pass);
+void Engine::refreshPassLists() {
+    passListsStale = false;
+    for (size_t id = 1; id < types_.size(); ++id)
+        if (types_[id]->TypeUsed) types_[id]->refreshPasses();
+    for (int16_t pass = 0; pass < kPassCount; ++pass) {
+        auto& slots = passSlots_[static_cast<size_t>(pass)];
+        slots.clear();
+        for (ModuleTypeId id : passOrder()) {
+            ModuleTypeSlot& slot = *types_[static_cast<size_t>(id)];
+            if (slot.TypeUsed && slot.hasPass(pass)) slots.push_back(&slot);
+        }
+    }
+    const std::array<const std::vector<ModuleTypeId>*, kGroupCount> groups = {
+        &inputAndDisplayTypes(), &afterPassTypes(), &midiOutputTypes(), &midiInputReaderTypes(),
+        &midiOutputTypesOnInput()};
+    for (size_t g = 0; g < groups.size(); ++g) {
+        groupSlots_[g].clear();
+        for (ModuleTypeId id : *groups[g]) {
+            ModuleTypeSlot& slot = *types_[static_cast<size_t>(id)];
+            if (slot.TypeUsed && slot.anyPlaced()) groupSlots_[g].push_back(&slot);
+        }
+    }
 }
 
-void Engine::runGroup(const std::vector<ModuleTypeId>& group) {
-    for (ModuleTypeId id : group) types_[static_cast<size_t>(id)]->UpdateAll(*this);
+void Engine::runPass(int16_t pass) {
+    if (passListsStale) refreshPassLists();
+    for (ModuleTypeSlot* slot : passSlots_[static_cast<size_t>(pass)]) slot->UpdateInPass(*this, pass);
+}
+
+void Engine::runGroup(Group group) {
+    if (passListsStale) refreshPassLists();
+    for (ModuleTypeSlot* slot : groupSlots_[group]) slot->UpdateAll(*this);
 }
 
 void Engine::TickModules() {
-    runGroup(inputAndDisplayTypes());
+    runGroup(InputAndDisplay);
     runPass(priority::First);
     runPass(priority::Default);
     if (midiInputPassRan_)
@@ -31,16 +57,16 @@ void Engine::TickModules() {
         runPass(priority::MidiInput);
     runPass(priority::Late);
     runPass(priority::Last);
-    runGroup(afterPassTypes());
+    runGroup(AfterPass);
     if (ResyncPending) seams_->resendSliders();
-    runGroup(midiOutputTypes());
+    runGroup(MidiOutput);
 }
 
 void Engine::runMidiInputPass() {
-    runGroup(midiInputReaderTypes());
+    runGroup(MidiInputReaders);
     runPass(priority::MidiInput);
     midiInputPassRan_ = true;
-    runGroup(midiOutputTypesOnInput());
+    runGroup(MidiOutputOnInput);
 }
 
 // --- the tick ---

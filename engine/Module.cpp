@@ -7,28 +7,34 @@
 namespace quillmer {
 
 Module::Module(ModuleTypeId type, std::span<const InputSpec> inputs)
-    : type_(type),
+    : InputBus(inputs.size()),
+      InputPosition(inputs.size()),
+      type_(type),
       inputs_(inputs),
-      storedInputs_(static_cast<size_t>(kSnapshotCount) * inputs.size()) {
-    InputBus.reserve(inputs.size());
-    InputPosition.reserve(inputs.size());
-    for (const InputSpec& spec : inputs) {
-        InputBus.push_back(spec.preset);
-        InputPosition.push_back(spec.preset);  // Off, On and mid stand at positions 0, 1, 2
+      rows_(static_cast<int>(inputs.size())) {
+    for (size_t k = 0; k < inputs.size(); ++k) {
+        InputBus[k] = inputs[k].preset;
+        InputPosition[k] = inputs[k].preset;  // Off, On and mid stand at positions 0, 1, 2
     }
 }
 
-StoredInput& Module::stored(int snapshot, int input) {
-    return storedInputs_.at(static_cast<size_t>(snapshot * inputCount() + input));
+void Module::setPriority(int16_t value) {
+    if (value == priority_) return;
+    priority_ = value;
+    if (passListsStale_) *passListsStale_ = true;
 }
 
-const StoredInput& Module::stored(int snapshot, int input) const {
-    return storedInputs_.at(static_cast<size_t>(snapshot * inputCount() + input));
+const std::string& Module::storedName(int snapshot, int input) const {
+    static const std::string kNever;
+    return names_ ? names_->text(stored(snapshot, input).name) : kNever;
 }
 
 void Module::attach(Engine& engine, int16_t index) {
     Index = index;
     bus_ = &engine.bus;
+    names_ = &engine.names;
+    passListsStale_ = &engine.passListsStale;
+    engine.passListsStale = true;
     const int16_t family = info().busFamily;
     OutBus = family == kNoBusFamily ? BusId{0} : busIdOf(family, index);
     seenTop_ = Top;
@@ -36,37 +42,29 @@ void Module::attach(Engine& engine, int16_t index) {
     onAttach(engine);
 }
 
-void Module::presetInputsInAllSnapshots(const OutputNames& names) {
+void Module::presetInputsInAllSnapshots(OutputNames& names) {
     for (int k = 0; k < inputCount(); ++k) {
         const BusId preset = inputs_[static_cast<size_t>(k)].preset;
         if (preset == sysbus::Off) continue;
-        for (int s = 0; s < kSnapshotCount; ++s) {
-            StoredInput& in = stored(s, k);
-            in.position = preset;
-            in.name = names.sortedName(preset);
-        }
+        rows_.setInAll(k, StoredInput{names.sortedNameId(preset), preset});
     }
 }
 
-void Module::UpdateModule(Engine& engine) {
-    if (Top != seenTop_ || Left != seenLeft_) {
-        if (engine.options.autoAlign) {
-            Left = snapToGrid(Left);
-            Top = snapToGrid(Top);
-        }
-        seenTop_ = Top;
-        seenLeft_ = Left;
-        if (engine.pageFlip) {
-            const int target = pageEdgeTarget(engine.CurrentPage(), Top, Left, Width, Height,
-                                              engine.frameWidth, engine.frameHeight);
-            if (target >= 0) {
-                Page = static_cast<int16_t>(target);
-                engine.showPage(target);
-            }
+void Module::followMove(Engine& engine) {
+    if (engine.options.autoAlign) {
+        Left = snapToGrid(Left);
+        Top = snapToGrid(Top);
+    }
+    seenTop_ = Top;
+    seenLeft_ = Left;
+    if (engine.pageFlip) {
+        const int target = pageEdgeTarget(engine.CurrentPage(), Top, Left, Width, Height,
+                                          engine.frameWidth, engine.frameHeight);
+        if (target >= 0) {
+            Page = static_cast<int16_t>(target);
+            engine.showPage(target);
         }
     }
-    if (Enabled == 0) return;
-    update(engine);
 }
 
 void Module::PatchChange(Engine& engine) {
@@ -77,15 +75,18 @@ void Module::PatchChange(Engine& engine) {
         InputBus[static_cast<size_t>(k)] = engine.names.sortedId(position);
     }
     recallSettings(s);
+    forgetInputs();
     viewChanged = true;
 }
 
 void Module::PatchStore(Engine& engine) {
     const int s = engine.CurrentSnapshot;
-    for (int k = 0; k < inputCount(); ++k) {
-        StoredInput& in = stored(s, k);
-        in.position = InputPosition[static_cast<size_t>(k)];
-        in.name = engine.names.sortedName(in.position);
+    const size_t n = InputPosition.size();
+    if (n > 0) {
+        std::vector<StoredInput> row(n);
+        for (size_t k = 0; k < n; ++k)
+            row[k] = StoredInput{engine.names.sortedNameId(InputPosition[k]), InputPosition[k]};
+        rows_.setRow(s, row);
     }
     storeSettings(s);
 }
@@ -106,33 +107,38 @@ const std::string& Module::inputCaption(int k, const OutputNames& names) const {
 }
 
 void Module::resolveStoredNames(const OutputNames& names, int snapshotCount) {
-    for (int s = 0; s < snapshotCount && s < kSnapshotCount; ++s) {
-        for (int k = 0; k < inputCount(); ++k) {
-            StoredInput& in = stored(s, k);
+    const NameId first = names.sortedNameId(0);
+    rows_.resolveFirst(std::min(snapshotCount, kSnapshotCount), [&](std::span<StoredInput> row) {
+        bool changed = false;
+        for (StoredInput& in : row) {
             const int position = names.sortedPosition(in.name);
-            if (position >= 0) {
-                in.position = static_cast<uint16_t>(position);
-            } else {
-                in.position = 0;
-                in.name = names.SortedNameList().front();
+            const StoredInput resolved = position >= 0 ? StoredInput{in.name, static_cast<uint16_t>(position)}
+                                                       : StoredInput{first, 0};
+            if (resolved != in) {
+                in = resolved;
+                changed = true;
             }
         }
-    }
+        return changed;
+    });
 }
 
-void Module::writeBody(ByteWriter& out) const {
+void Module::writeBody(ByteWriter& out, const OutputNames& names) const {
+    const int n = inputCount();
     for (int s = 0; s < kSnapshotCount; ++s)
-        for (int k = 0; k < inputCount(); ++k) out.str(stored(s, k).name);
+        for (const StoredInput& in : rows_.row(s)) out.rawStr(names.cp1252(in.name));
     for (int s = 0; s < kSnapshotCount; ++s)
-        for (int k = 0; k < inputCount(); ++k) out.u16(stored(s, k).position);
+        for (int k = 0; k < n; ++k) out.u16(rows_.get(s, k).position);
     writeFields(out);
 }
 
-void Module::readBody(ByteReader& in) {
-    for (int s = 0; s < kSnapshotCount; ++s)
-        for (int k = 0; k < inputCount(); ++k) stored(s, k).name = in.str();
-    for (int s = 0; s < kSnapshotCount; ++s)
-        for (int k = 0; k < inputCount(); ++k) stored(s, k).position = in.u16();
+void Module::readBody(ByteReader& in, OutputNames& names) {
+    names_ = &names;
+    const size_t n = static_cast<size_t>(inputCount());
+    std::vector<StoredInput> rows(kSnapshotCount * n);
+    for (StoredInput& entry : rows) entry.name = names.internCp1252(in.rawStr());
+    for (StoredInput& entry : rows) entry.position = in.u16();
+    rows_.assign(rows);
     readFields(in);
 }
 

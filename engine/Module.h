@@ -13,8 +13,10 @@
 
 #include "engine/Catalogue.h"
 #include "engine/Constants.h"
+#include "engine/InlineIds.h"
 #include "engine/OutputBus.h"
 #include "engine/RecordBytes.h"
+#include "engine/SnapshotRows.h"
 
 namespace quillmer {
 
@@ -28,12 +30,6 @@ struct InputSpec {
     BusId preset = sysbus::Off;  // Off, On or Mid: the system names whose position equals their id
 };
 
-// An input's connection as a snapshot stores it: the name is the durable key.
-struct StoredInput {
-    std::string name;
-    uint16_t position = 0;
-};
-
 // Stored priority values and the update pass each selects.
 namespace priority {
 constexpr int16_t First = 1;
@@ -45,30 +41,54 @@ constexpr int16_t AbsClockB = 5;
 constexpr int16_t MidiInput = 6;
 }  // namespace priority
 
-class Module {
+// A module's first line of memory holds what a tick reads (flags, position check, bus,
+// input ids); names, stored connections and geometry come after.
+class alignas(64) Module {
 public:
     Module(ModuleTypeId type, std::span<const InputSpec> inputs);
     virtual ~Module() = default;
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
 
-    // --- record head ---
+    // --- record head (Priority, below, too) ---
     int16_t Active = 0;    // -1 placed, 0 free slot
     int16_t Enabled = -1;  // 0: only tracks its position
-    NameSlot OutSlot = 0;
-    int16_t Priority = priority::Default;
-    int16_t Page = 0;
+
+private:
+    int16_t priority_ = priority::Default;
+    uint8_t lastOutput_ = 0;
+
+public:
+    // Set when the output or another shown value changed; the panel clears it after drawing.
+    bool viewChanged = false;
     int32_t Top = 0;   // twips
     int32_t Left = 0;  // twips
-    std::string Name;
 
-    // --- live state ---
-    int16_t Index = 0;  // place in its type's arrays
+private:
+    int32_t seenTop_ = 0;
+    int32_t seenLeft_ = 0;
+    OutputBus* bus_ = nullptr;
+
+public:
     BusId OutBus = 0;
-    std::vector<BusId> InputBus;
-    std::vector<uint16_t> InputPosition;
+
+private:
+    uint32_t inputMemo_ = 0;  // see sameInputsAsLastUpdate
+
+public:
+    // --- live state ---
+    InlineIds<6> InputBus;
+    InlineIds<6> InputPosition;
+    int16_t Index = 0;  // place in its type's arrays
+    NameSlot OutSlot = 0;
+    int16_t Page = 0;
+    std::string Name;
     int32_t Width = 1800;   // panel size in twips, told by the panel; used for page-edge moves
     int32_t Height = 1200;
+
+    int16_t priority() const { return priority_; }
+    // The update pass (a priority value below); the engine's pass lists follow.
+    void setPriority(int16_t value);
 
     ModuleTypeId type() const { return type_; }
     const TypeInfo& info() const { return typeInfo(type_); }
@@ -78,19 +98,31 @@ public:
     // stored order; a type whose panel lists them in another order overrides this.
     virtual int menuInput(int row) const { return row; }
     uint8_t lastOutput() const { return lastOutput_; }
-    // Set when the output or another shown value changed; the panel clears it after drawing.
-    bool viewChanged = false;
 
-    StoredInput& stored(int snapshot, int input);
-    const StoredInput& stored(int snapshot, int input) const;
+    // What snapshot `snapshot` stores for input k, and its name's text.
+    StoredInput stored(int snapshot, int input) const { return rows_.get(snapshot, input); }
+    const std::string& storedName(int snapshot, int input) const;
+    const SnapshotRows& snapshotRows() const { return rows_; }
 
     // Called once when the instance is placed: output id, inputs at their presets.
     void attach(Engine& engine, int16_t index);
     // Presets of non-Off inputs into every snapshot (a new module only).
-    void presetInputsInAllSnapshots(const OutputNames& names);
+    void presetInputsInAllSnapshots(OutputNames& names);
 
     // One update: position tracking, then, when enabled, the type's own computation.
-    void UpdateModule(Engine& engine);
+    void UpdateModule(Engine& engine) {
+        if (moved()) followMove(engine);
+        if (Enabled == 0) return;
+        update(engine);
+    }
+    // The panel was moved since the last update.
+    bool moved() const { return Top != seenTop_ || Left != seenLeft_; }
+    // Snaps to the grid when asked and flips the page at an edge.
+    void followMove(Engine& engine);
+    // The type's computation (inputs read, output written on change). The engine calls it
+    // through UpdateModule; a type marked final lets the pass call it directly.
+    virtual void update(Engine& engine) = 0;
+
     // Recall snapshot `CurrentSnapshot` into the live state / store the live state there.
     void PatchChange(Engine& engine);
     void PatchStore(Engine& engine);
@@ -111,9 +143,9 @@ public:
 
     // The record after its head, as the module file stores it. The usual form: the input
     // names of every snapshot, their positions, then writeFields. A type laid out another way
-    // overrides both.
-    virtual void writeBody(ByteWriter& out) const;
-    virtual void readBody(ByteReader& in);
+    // overrides both. Names are interned in `names` as they are read.
+    virtual void writeBody(ByteWriter& out, const OutputNames& names) const;
+    virtual void readBody(ByteReader& in, OutputNames& names);
     // The type's own bytes of the module file, after the input names and positions of every
     // snapshot: per-snapshot settings, then per-module ones, at the exact size the file
     // layout gives the type.
@@ -123,8 +155,6 @@ public:
 protected:
     // Called when the instance is placed or loaded, before its first update.
     virtual void onAttach(Engine& /*engine*/) {}
-    // The type's computation (inputs read, output written on change).
-    virtual void update(Engine& engine) = 0;
     // Per-snapshot settings of the type besides its inputs.
     virtual void recallSettings(int /*snapshot*/) {}
     virtual void storeSettings(int /*snapshot*/) {}
@@ -139,15 +169,25 @@ protected:
         (*bus_)[OutBus] = v;
         viewChanged = true;
     }
+    // For a type whose output is a pure function of its first `count` inputs (at most 3):
+    // true when they hold the values they held at the last call, so that the computation,
+    // which would write the same output, can be skipped.
+    bool sameInputsAsLastUpdate(int count) {
+        uint32_t packed = 1u << 31;  // never the initial 0
+        for (int k = 0; k < count; ++k) packed |= static_cast<uint32_t>(in(k)) << (8 * k);
+        if (packed == inputMemo_) return true;
+        inputMemo_ = packed;
+        return false;
+    }
+    // Forgets the last inputs: a setting the computation reads has changed.
+    void forgetInputs() { inputMemo_ = 0; }
 
 private:
     ModuleTypeId type_;
     std::span<const InputSpec> inputs_;
-    std::vector<StoredInput> storedInputs_;  // [snapshot][input]
-    OutputBus* bus_ = nullptr;
-    uint8_t lastOutput_ = 0;
-    int32_t seenTop_ = 0;
-    int32_t seenLeft_ = 0;
+    SnapshotRows rows_;
+    const OutputNames* names_ = nullptr;
+    bool* passListsStale_ = nullptr;
 };
 
 // A type whose logic isn't built yet. It keeps its place, name and output slot, and its
@@ -157,8 +197,6 @@ public:
     explicit PlaceholderModule(ModuleTypeId type) : Module(type, {}) {}
     bool isPlaceholder() const override { return true; }
     std::vector<uint8_t> record;  // head included; empty for one made in this session
-
-protected:
     void update(Engine&) override {}
 };
 

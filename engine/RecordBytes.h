@@ -36,6 +36,11 @@ public:
         u16(static_cast<uint16_t>(s.size()));
         bytes_.insert(bytes_.end(), s.begin(), s.end());
     }
+    // A variable string already in Windows-1252.
+    void rawStr(std::string_view bytes) {
+        u16(static_cast<uint16_t>(bytes.size()));
+        bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+    }
     // A fixed string of exactly n bytes, padded with blanks (cut when longer).
     void fixed(std::string_view text, size_t n) {
         const std::string s = utf8ToCp1252(text);
@@ -75,6 +80,14 @@ public:
         std::string s(reinterpret_cast<const char*>(data_ + pos_), n);
         pos_ += n;
         return cp1252ToUtf8(s);
+    }
+    // A variable string's bytes as stored (Windows-1252), valid as long as the data.
+    std::string_view rawStr() {
+        const uint16_t n = u16();
+        need(n);
+        const std::string_view s(reinterpret_cast<const char*>(data_ + pos_), n);
+        pos_ += n;
+        return s;
     }
     // A fixed string of n bytes, trailing blanks kept.
     std::string fixed(size_t n) {

@@ -164,7 +164,7 @@ void PanelBoard::collect(Engine& engine) {
         v.controls.resize(spec.controls.size());
         for (size_t i = 0; i < spec.controls.size(); ++i)
             if (spec.controls[i].read) v.controls[i] = spec.controls[i].read(m);
-        v.statusPicture = statusPicture(m.Priority, m.Enabled != 0);
+        v.statusPicture = statusPicture(m.priority(), m.Enabled != 0);
         m.viewChanged = false;
         slot.valuesRead = true;
         slot.valuesDue = true;
@@ -302,7 +302,7 @@ void PanelBoard::askStatus(PanelFrame* frame) {
         auto held = session_.engine.lock();
         Module* m = live(session_.engine, *slot);
         if (!m) return;
-        priorityIndex = priorityIndexOf(m->Priority);
+        priorityIndex = priorityIndexOf(m->priority());
         enabled = m->Enabled != 0;
         pending_ = {m, slot->type, slot->index, 0, 0};
     }

@@ -24,7 +24,7 @@ void writeHead(ByteWriter& out, const Module& m) {
     out.i16(m.Active);
     out.i16(m.Enabled);
     out.i16(m.OutSlot);
-    out.i16(m.Priority);
+    out.i16(m.priority());
     out.i16(m.Page);
     out.i32(m.Top);
     out.i32(m.Left);
@@ -35,7 +35,7 @@ void readHead(ByteReader& in, Module& m) {
     m.Active = in.i16();
     m.Enabled = in.i16();
     m.OutSlot = in.i16();
-    m.Priority = in.i16();
+    m.setPriority(in.i16());
     m.Page = in.i16();
     m.Top = in.i32();
     m.Left = in.i32();
@@ -48,7 +48,7 @@ void readPlaceholderHead(PlaceholderModule& m, const std::vector<LayoutToken>& l
     m.Active = in.i16();
     m.Enabled = in.i16();
     m.OutSlot = in.i16();
-    m.Priority = in.i16();
+    m.setPriority(in.i16());
     m.Page = in.i16();
     if (in.remaining() >= 8) {
         m.Top = in.i32();
@@ -77,30 +77,28 @@ std::vector<uint8_t> placeholderRecord(const Module& m, const std::vector<Layout
     return blank;
 }
 
-std::unique_ptr<Module> readModule(const ModuleRegistry& registry, ModuleTypeId type, std::vector<uint8_t> record,
-                                   const std::vector<LayoutToken>& layout) {
-    if (registry.isBuilt(type)) {
-        std::unique_ptr<Module> m = registry.make(type);
-        ByteReader in(record);
-        readHead(in, *m);
-        m->readBody(in);
-        if (in.remaining() != 0) throw RecordFormatError("record longer than its type reads");
-        return m;
+// Reads one record's bytes into `m`, a blank record of its type.
+void readModule(Module& m, OutputNames& names, std::vector<uint8_t> record, const std::vector<LayoutToken>& layout) {
+    if (m.isPlaceholder()) {
+        auto& p = static_cast<PlaceholderModule&>(m);
+        p.record = std::move(record);
+        readPlaceholderHead(p, layout);
+        return;
     }
-    auto m = std::make_unique<PlaceholderModule>(type);
-    m->record = std::move(record);
-    readPlaceholderHead(*m, layout);
-    return m;
+    ByteReader in(record);
+    readHead(in, m);
+    m.readBody(in, names);
+    if (in.remaining() != 0) throw RecordFormatError("record longer than its type reads");
 }
 
-std::vector<uint8_t> writeModule(const Module& m, const std::vector<LayoutToken>& layout) {
+std::vector<uint8_t> writeModule(const Module& m, const OutputNames& names, const std::vector<LayoutToken>& layout) {
     if (m.isPlaceholder()) {
         const auto& p = static_cast<const PlaceholderModule&>(m);
         return p.record.empty() ? placeholderRecord(m, layout) : p.record;
     }
     ByteWriter out;
     writeHead(out, m);
-    m.writeBody(out);
+    m.writeBody(out, names);
     return out.bytes();
 }
 
@@ -181,13 +179,13 @@ bool Session::LoadModuleFile(const std::string& path, std::string& error) {
                 continue;
             }
             const ModuleTypeId type = *typeIdByName(slot.type);
-            std::vector<std::unique_ptr<Module>> records;
-            records.reserve(static_cast<size_t>(count));
             for (int16_t i = 0; i < count; ++i)
-                records.push_back(readModule(engine.registry(), type, readRecordBytes(in, layout), layout));
-            engine.restoreInstances(type, std::move(records));
+                readModule(engine.loadRecord(type), engine.names, readRecordBytes(in, layout), layout);
+            engine.restoreInstances(type);
         }
     } catch (const RecordFormatError&) {
+        return fail("Unable to Load: ");
+    } catch (const PlacementError&) {
         return fail("Unable to Load: ");
     }
 
@@ -238,7 +236,7 @@ bool Session::SaveModuleFile(const std::string& path, std::string& error) {
         const std::vector<LayoutToken> layout = parseLayout(slot.layout);
         for (size_t i = 0; i < count; ++i) {
             const Module& m = *type.at(static_cast<int16_t>(i));
-            const std::vector<uint8_t> record = writeModule(m, layout);
+            const std::vector<uint8_t> record = writeModule(m, engine.names, layout);
             ByteReader check(record);
             if (readRecordBytes(check, layout).size() != record.size() || check.remaining() != 0) {
                 error = saveError(path, "a " + std::string(slot.type) + " record doesn't fit its layout");

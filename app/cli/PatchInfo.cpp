@@ -40,7 +40,7 @@ std::vector<ModuleInfo> collectModules(Session& session) {
     std::vector<ModuleInfo> modules;
     Engine& e = session.engine;
     e.forEachModule([&](Module& m) {
-        ModuleInfo info{std::string(m.info().type), m.Name, m.Index, m.Page, priorityIndexOf(m.Priority),
+        ModuleInfo info{std::string(m.info().type), m.Name, m.Index, m.Page, priorityIndexOf(m.priority()),
                         m.Enabled != 0, m.isPlaceholder(), {}};
         for (int k = 0; k < m.inputCount(); ++k)
             info.inputs.emplace_back(trimmedLabel(m.inputSpec(k).label), m.inputCaption(k, e.names));

@@ -23,8 +23,6 @@ public:
     };
     MIDIChan();
     std::string bankCaption;  // "3. Orchestra"
-
-protected:
     void update(Engine& engine) override;
 
 private:
@@ -43,9 +41,9 @@ public:
 
     void writeFields(ByteWriter& out) const override;
     void readFields(ByteReader& in) override;
+    void update(Engine& engine) override;
 
 protected:
-    void update(Engine& engine) override;
     void recallSettings(int snapshot) override;
     void storeSettings(int snapshot) override;
 
@@ -59,8 +57,6 @@ class MIDIPBend final : public ChannelModule {
 public:
     static constexpr InputSpec kInputs[] = {{" Input", "Pitch bend, 64 is the centre", sysbus::Mid}};
     MIDIPBend();
-
-protected:
     void update(Engine& engine) override;
 
 private:

@@ -52,6 +52,8 @@ public:
     bool lampOn = false;
     std::string programCaption;  // "5. Strings"
 
+    void update(Engine& engine) override;
+
 protected:
     static constexpr int kClock = 0;
     static constexpr int kNote = 1;
@@ -59,7 +61,6 @@ protected:
     static constexpr int kVelocity = 3;
 
     void onAttach(Engine& engine) override;
-    void update(Engine& engine) override;
     // Program, pan and modulation, when the type has them (inputs 4, 5, 6).
     void sendControls(Engine& engine);
     virtual void sendSetup(Engine& engine) = 0;

@@ -25,9 +25,9 @@ public:
     // Per snapshot: the menu row, one byte.
     void writeFields(ByteWriter& out) const override;
     void readFields(ByteReader& in) override;
+    void update(Engine& engine) override;
 
 protected:
-    void update(Engine& engine) override;
     void recallSettings(int snapshot) override;
     void storeSettings(int snapshot) override;
 
@@ -51,8 +51,6 @@ public:
     // back as it was read.
     void writeFields(ByteWriter& out) const override;
     void readFields(ByteReader& in) override;
-
-protected:
     void update(Engine& engine) override;
 
 private:
@@ -74,8 +72,6 @@ public:
 
     DurationLabel noteLabel = DurationLabel::Dur;  // yellow while Note is above 109
     int stepsLeft() const { return stepsLeft_; }
-
-protected:
     void update(Engine& engine) override;
 
 private:
@@ -98,8 +94,6 @@ public:
 
     int shownValue = 0;                 // bxIn
     std::string noteCaption = "Cn : 0"; // bxOut1
-
-protected:
     void update(Engine& engine) override;
 
 private:

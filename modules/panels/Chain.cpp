@@ -17,16 +17,16 @@ void Chain::update(Engine& engine) {
     engine.seams().requestChainLoad(fileName);
 }
 
-void Chain::writeBody(ByteWriter& out) const {
+void Chain::writeBody(ByteWriter& out, const OutputNames& names) const {
     out.str(fileName);
     out.str(note);
-    Module::writeBody(out);
+    Module::writeBody(out, names);
 }
 
-void Chain::readBody(ByteReader& in) {
+void Chain::readBody(ByteReader& in, OutputNames& names) {
     fileName = in.str();
     note = in.str();
-    Module::readBody(in);
+    Module::readBody(in, names);
 }
 
 }  // namespace quillmer

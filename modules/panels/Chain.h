@@ -20,10 +20,8 @@ public:
     std::string fileName = kExit;  // the next patch, or "Exit Quillmer"
     std::string note;              // a second text the record keeps
 
-    void writeBody(ByteWriter& out) const override;
-    void readBody(ByteReader& in) override;
-
-protected:
+    void writeBody(ByteWriter& out, const OutputNames& names) const override;
+    void readBody(ByteReader& in, OutputNames& names) override;
     void update(Engine& engine) override;
 
 private:

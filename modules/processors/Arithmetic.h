@@ -13,8 +13,6 @@ public:
         {" Divisor", "Divisor", sysbus::Off},
     };
     Div();
-
-protected:
     void update(Engine& engine) override;
 };
 

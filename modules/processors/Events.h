@@ -23,8 +23,6 @@ public:
     // lblTally: the last tally shown. It is rewritten only by a new value, so it keeps the
     // last count after a period ends.
     int shownTally = 0;
-
-protected:
     void update(Engine& engine) override;
 
 private:

@@ -32,8 +32,6 @@ public:
     Clock();
 
     DurationLabel durLabel = DurationLabel::Dur;  // Dur or DurYellow
-
-protected:
     void update(Engine& engine) override;
 
 private:
@@ -59,8 +57,6 @@ public:
     // written back as it was read.
     void writeFields(ByteWriter& out) const override;
     void readFields(ByteReader& in) override;
-
-protected:
     void update(Engine& engine) override;
 
 private:
@@ -76,8 +72,6 @@ public:
         {"B", "Gate to be synchronized with", sysbus::Off},
     };
     Sync();
-
-protected:
     void update(Engine& engine) override;
 
 private:
@@ -98,8 +92,6 @@ public:
     };
     Counter();
     int count() const { return count_; }
-
-protected:
     void update(Engine& engine) override;
 
 private:
@@ -114,8 +106,6 @@ public:
         {"Strob", "NZ after 0 generates 1 cycle pulse", sysbus::Off},
     };
     Pulse();
-
-protected:
     void update(Engine& engine) override;
 
 private:
@@ -139,9 +129,9 @@ public:
     // Per snapshot: chkTurbo, one byte, non-zero for in.
     void writeFields(ByteWriter& out) const override;
     void readFields(ByteReader& in) override;
+    void update(Engine& engine) override;
 
 protected:
-    void update(Engine& engine) override;
     void recallSettings(int snapshot) override;
     void storeSettings(int snapshot) override;
 
@@ -171,8 +161,6 @@ public:
     // back as it was read.
     void writeFields(ByteWriter& out) const override;
     void readFields(ByteReader& in) override;
-
-protected:
     void update(Engine& engine) override;
 
 private:

@@ -48,8 +48,6 @@ public:
     bool Turbo = false;
     // The duration lamp: "Dur" white, "Dur" yellow (110..125, run at code 6), "Turbo" yellow.
     DurationLabel durLabel = DurationLabel::Dur;
-
-protected:
     void update(Engine& engine) override;
 
 private:
@@ -98,9 +96,9 @@ public:
     // Per snapshot: N bytes of stage values.
     void writeFields(ByteWriter& out) const override;
     void readFields(ByteReader& in) override;
+    void update(Engine& engine) override;
 
 protected:
-    void update(Engine& engine) override;
     void recallSettings(int snapshot) override;
     void storeSettings(int snapshot) override;
 

@@ -18,7 +18,7 @@ TEST(New, FirstInstanceIsIndexZeroWithItsNameOnTheBusFamily) {
     EXPECT_EQ(m.OutBus, kDivFamily * 128);
     EXPECT_EQ(m.Active, -1);
     EXPECT_EQ(m.Enabled, -1);
-    EXPECT_EQ(m.Priority, priority::Default);
+    EXPECT_EQ(m.priority(), priority::Default);
     EXPECT_EQ(h.engine->names.OutputName(m.OutSlot), "1Div-");
     EXPECT_EQ(h.engine->names.OutputId(m.OutSlot), m.OutBus);
     EXPECT_GE(h.engine->names.sortedPosition("1Div-"), 3);
@@ -112,10 +112,10 @@ TEST(Delete, AStoredConnectionToADeletedOutputRecallsAsOff) {
     h.connect(reader, 0, "1Div-");
     h.engine->CurrentSnapshot = 1;
     reader.PatchStore(*h.engine);
-    EXPECT_EQ(reader.stored(1, 0).name, "1Div-");
+    EXPECT_EQ(reader.storedName(1, 0), "1Div-");
 
     h.engine->Delete(source);
-    EXPECT_EQ(reader.stored(1, 0).name, " Off (0)");
+    EXPECT_EQ(reader.storedName(1, 0), " Off (0)");
     EXPECT_EQ(reader.stored(1, 0).position, 0);
     reader.PatchChange(*h.engine);
     EXPECT_EQ(reader.InputBus[0], sysbus::Off);
@@ -162,9 +162,9 @@ TEST(StatusDialog, PriorityIndexSwapsZeroAndOneAndDisabledShowsPictureNine) {
     Harness h;
     Module& m = h.add("Div");
     h.engine->applyStatus(m, {0, true, false, true});
-    EXPECT_EQ(m.Priority, priority::Default) << "cancel changes nothing";
+    EXPECT_EQ(m.priority(), priority::Default) << "cancel changes nothing";
     h.engine->applyStatus(m, {0, false, false, false});
-    EXPECT_EQ(m.Priority, priority::First);
+    EXPECT_EQ(m.priority(), priority::First);
     EXPECT_EQ(m.Enabled, 0);
     h.engine->applyStatus(m, {1, true, true, false});
     EXPECT_EQ(h.engine->findModule("1Div-"), nullptr);

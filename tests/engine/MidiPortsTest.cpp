@@ -213,7 +213,7 @@ TEST(Sending, PanicHeldSilencesModulesAndShutdownToo) {
 TEST(SlaveMode, ClocksOnPortATickTheEngineWhileAbsoluteClocksGoOn) {
     PortHarness h;
     Module& abs = h.add("Unity");
-    abs.Priority = priority::AbsClockA;
+    abs.setPriority(priority::AbsClockA);
     h.engine->options.syncMode = SyncMode::Slave;
     h.engine->options.absClockA = 10;
     auto keys = std::make_unique<FakeInput>("Keys");
@@ -287,7 +287,7 @@ TEST(InputTriggers, ControllerAndNrpnTriggersExcludeEachOther) {
 TEST(InputTriggers, ATriggeringNoteRunsTheInputPassAtOnceAndTheTickSkipsItOnce) {
     PortHarness h;
     Module& reader = h.add("Unity");
-    reader.Priority = priority::MidiInput;
+    reader.setPriority(priority::MidiInput);
     h.engine->StartTimers();
     h.engine->ports.onInputData(0, {{0x90, 60, 1}});
     EXPECT_TRUE(h.log.empty()) << "no trigger set";

@@ -33,11 +33,11 @@ TEST(UpdateOrder, PrioritiesMakeFivePassesAndGroupsRunAroundThem) {
     Module& absA = h.add("Unity");
     h.add("Tempox");   // after the passes
     h.add("MIDIKey");  // last of the tick
-    last.Priority = priority::Last;
-    first.Priority = priority::First;
-    late.Priority = priority::Late;
-    midiIn.Priority = priority::MidiInput;
-    absA.Priority = priority::AbsClockA;
+    last.setPriority(priority::Last);
+    first.setPriority(priority::First);
+    late.setPriority(priority::Late);
+    midiIn.setPriority(priority::MidiInput);
+    absA.setPriority(priority::AbsClockA);
     h.engine->StartTimers();
     h.ticks(1);
     const std::vector<std::string> expected{"1Unity-", "3Clock-", "2Clock-", "2Unity-",
@@ -60,8 +60,8 @@ TEST(AbsoluteClocks, RunTheirPassesWhileTheTickIsStopped) {
     Harness h;
     Module& a = h.add("Unity");
     Module& b = h.add("Unity");
-    a.Priority = priority::AbsClockA;
-    b.Priority = priority::AbsClockB;
+    a.setPriority(priority::AbsClockA);
+    b.setPriority(priority::AbsClockB);
     h.engine->options.absClockA = 10;
     h.engine->options.absClockB = 25;
     h.engine->options.syncMode = SyncMode::Slave;  // the tick timer stays off

@@ -80,12 +80,12 @@ TEST(StatusDialog, ThePriorityReachesTheModuleAndDisablingGreysTheOptions) {
     EXPECT_EQ(dialog.enableButton()->text(), QStringLiteral("Disable"));
     dialog.option(2)->click();
     EXPECT_FALSE(dialog.isVisible()) << "an option closes the dialog at once";
-    EXPECT_EQ(module(h, "1Div-").Priority, priority::Late);
+    EXPECT_EQ(module(h, "1Div-").priority(), priority::Late);
     h.window().refresh();
     EXPECT_EQ(panel(h, "1Div-").statusIcon()->picture(), 3);
 
     openStatus(h, "1Div-").option(0)->click();
-    EXPECT_EQ(module(h, "1Div-").Priority, priority::First) << "index 0 stores 1";
+    EXPECT_EQ(module(h, "1Div-").priority(), priority::First) << "index 0 stores 1";
 
     openStatus(h, "1Div-").enableButton()->click();
     EXPECT_EQ(module(h, "1Div-").Enabled, 0);
@@ -94,7 +94,7 @@ TEST(StatusDialog, ThePriorityReachesTheModuleAndDisablingGreysTheOptions) {
     EXPECT_FALSE(again.option(3)->isEnabled());
     again.cancelButton()->click();
     EXPECT_EQ(module(h, "1Div-").Enabled, 0) << "Cancel changes nothing";
-    EXPECT_EQ(module(h, "1Div-").Priority, priority::First);
+    EXPECT_EQ(module(h, "1Div-").priority(), priority::First);
     h.window().refresh();
     EXPECT_EQ(panel(h, "1Div-").statusIcon()->picture(), 9);
 }

@@ -239,11 +239,11 @@ TEST(NoteModules, ChannelAndSwitchesRoundTripThroughTheRecordBytes) {
     tone.writeFields(fields);
     EXPECT_EQ(fields.size(), 512u) << "the bytes after the input names and positions";
     ByteWriter out;
-    tone.writeBody(out);
+    tone.writeBody(out, h.engine->names);
 
     MIDITone copy;
     ByteReader in(out.bytes());
-    copy.readBody(in);
+    copy.readBody(in, h.engine->names);
     EXPECT_EQ(in.remaining(), 0u);
     h.engine->CurrentSnapshot = 4;
     copy.PatchChange(*h.engine);

@@ -26,9 +26,9 @@ std::vector<uint8_t> fields(const Module& m) {
     return out.bytes();
 }
 
-std::vector<uint8_t> body(const Module& m) {
+std::vector<uint8_t> body(const ModuleHarness& h, const Module& m) {
     ByteWriter out;
-    m.writeBody(out);
+    m.writeBody(out, h.engine->names);
     return out.bytes();
 }
 
@@ -36,7 +36,7 @@ std::vector<uint8_t> body(const Module& m) {
 std::unique_ptr<Module> readBack(const ModuleHarness& h, std::string_view type, const std::vector<uint8_t>& bytes) {
     std::unique_ptr<Module> m = h.registry.make(*typeIdByName(type));
     ByteReader in(bytes);
-    m->readBody(in);
+    m->readBody(in, h.engine->names);
     EXPECT_EQ(in.remaining(), 0u) << type;
     return m;
 }
@@ -84,15 +84,15 @@ TEST(RecordFields, SettingsOfSeveralSnapshotsSurviveWriteAndRead) {
         h.engine->StoreAllPatches();
     }
     for (Module* m : std::initializer_list<Module*>{&step, &notes, &hold, &stepper, &clock}) {
-        const std::vector<uint8_t> first = body(*m);
+        const std::vector<uint8_t> first = body(h, *m);
         const std::unique_ptr<Module> copy = readBack(h, typeInfo(m->type()).type, first);
-        EXPECT_EQ(body(*copy), first) << m->Name;
+        EXPECT_EQ(body(h, *copy), first) << m->Name;
     }
 
     // And they recall as they were stored.
-    const std::unique_ptr<Module> stepCopy = readBack(h, "Step12", body(step));
-    const std::unique_ptr<Module> notesCopy = readBack(h, "Notes", body(notes));
-    const std::unique_ptr<Module> holdCopy = readBack(h, "GHold", body(hold));
+    const std::unique_ptr<Module> stepCopy = readBack(h, "Step12", body(h, step));
+    const std::unique_ptr<Module> notesCopy = readBack(h, "Notes", body(h, notes));
+    const std::unique_ptr<Module> holdCopy = readBack(h, "GHold", body(h, hold));
     h.engine->CurrentSnapshot = 5;
     for (Module* m : {stepCopy.get(), notesCopy.get(), holdCopy.get()}) m->attach(*h.engine, 3);
     for (Module* m : {stepCopy.get(), notesCopy.get(), holdCopy.get()}) m->PatchChange(*h.engine);
@@ -100,5 +100,5 @@ TEST(RecordFields, SettingsOfSeveralSnapshotsSurviveWriteAndRead) {
     EXPECT_EQ(static_cast<StepSequencer&>(*stepCopy).stageValue(0), 1) << "kept from snapshot 0's edit";
     EXPECT_EQ(static_cast<Notes&>(*notesCopy).row(), 5);
     EXPECT_TRUE(static_cast<GHold&>(*holdCopy).turbo);
-    EXPECT_EQ(stepper.stored(127, Stepper::kLimit).name, "~  15");
+    EXPECT_EQ(stepper.storedName(127, Stepper::kLimit), "~  15");
 }

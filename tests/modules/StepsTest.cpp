@@ -90,7 +90,7 @@ TEST(Stepper, OutOfRangeDurationsRunAtCodeSixWithAYellowLamp) {
 TEST(Stepper, StoresItsInputsInAnotherOrderThanItsMenuShows) {
     ModuleHarness h;
     auto& stepper = static_cast<Stepper&>(h.add("Stepper"));
-    EXPECT_EQ(stepper.stored(127, Stepper::kLimit).name, " On (127)") << "a new Limit is on in every snapshot";
+    EXPECT_EQ(stepper.storedName(127, Stepper::kLimit), " On (127)") << "a new Limit is on in every snapshot";
     // The second button of the panel is Limit, the fifth stored input.
     ASSERT_EQ(stepper.menuInput(1), Stepper::kLimit);
     EXPECT_EQ(stepper.inputSpec(stepper.menuInput(1)).label, " Limit");
@@ -98,7 +98,7 @@ TEST(Stepper, StoresItsInputsInAnotherOrderThanItsMenuShows) {
     h.connect(stepper, stepper.menuInput(2), "~   1");  // Reverse
     stepper.PatchStore(*h.engine);
     ByteWriter body;
-    stepper.writeBody(body);
+    stepper.writeBody(body, h.engine->names);
     ByteReader in(body.bytes());
     std::vector<std::string> names;
     for (int k = 0; k < 5; ++k) names.push_back(in.str());

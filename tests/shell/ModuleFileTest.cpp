@@ -19,7 +19,7 @@ void buildPatch(SessionHarness& h) {
     Module& b = h.add("Div");
     Module& rand = h.add("Rand");  // not built yet: kept as it is
     h.add("MIDIVoice");
-    a.Priority = priority::Late;
+    a.setPriority(priority::Late);
     b.Page = 5;
     b.Top = 1200;
     b.Left = 2400;
@@ -85,11 +85,11 @@ TEST(ModuleFile, SaveLoadSaveGivesIdenticalBytes) {
     EXPECT_EQ(b2->Left, 2400);
     EXPECT_EQ(b2->inputCaption(1, e.names), "1Rand-") << "recalled from the current snapshot";
     EXPECT_EQ(second.session.snapshots.SnapshotNames[0], "000 AutoSave") << "saving overwrote slot 0";
-    EXPECT_EQ(e.findModule("1Div-")->stored(1, 1).name, " Off (0)");
-    EXPECT_EQ(e.findModule("1Div-")->stored(2, 1).name, " mid (64)");
+    EXPECT_EQ(e.findModule("1Div-")->storedName(1, 1), " Off (0)");
+    EXPECT_EQ(e.findModule("1Div-")->storedName(2, 1), " mid (64)");
     EXPECT_TRUE(e.findModule("1Rand-")->isPlaceholder());
     EXPECT_EQ(e.findModule("1Rand-")->Page, 2);
-    EXPECT_EQ(e.findModule("1Div-")->Priority, priority::Late);
+    EXPECT_EQ(e.findModule("1Div-")->priority(), priority::Late);
 }
 
 TEST(ModuleFile, LinksHoldByNameWhenNameSlotsChange) {
@@ -162,7 +162,7 @@ TEST(ModuleFile, UnknownInputNamesComeUpOffInEverySnapshot) {
     ASSERT_EQ(loaded.load(dir.file("p.qmp")), "");
     Module* r = loaded.session.engine.findModule("2Div-");
     for (int s = 0; s < loaded.session.engine.SnapshotCount; ++s) {
-        EXPECT_EQ(r->stored(s, 0).name, " Off (0)") << s;
+        EXPECT_EQ(r->storedName(s, 0), " Off (0)") << s;
         EXPECT_EQ(r->stored(s, 0).position, 0) << s;
     }
     EXPECT_EQ(r->InputBus[0], sysbus::Off);

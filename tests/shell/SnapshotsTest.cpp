@@ -59,7 +59,7 @@ TEST(Snapshots, AutoStoreKeepsTheEditedSlotAndRecallsItsStoredForm) {
     h.connect(d, 0, "~  40");  // edited, not stored
     s.doPatchAuto();
     EXPECT_EQ(e.CurrentSnapshot, 1);
-    EXPECT_EQ(d.stored(0, 0).name, "~  40") << "slot 0 has the live state";
+    EXPECT_EQ(d.storedName(0, 0), "~  40") << "slot 0 has the live state";
     EXPECT_EQ(s.SnapshotNames[0], "000 AutoSave");
     EXPECT_EQ(d.inputCaption(0, e.names), "~  30") << "the stored form came back on the panel";
 }
