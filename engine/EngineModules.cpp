@@ -1,6 +1,7 @@
 // Names, connections and the life cycle of modules.
 
 #include <string>
+#include <utility>
 
 #include "engine/Engine.h"
 #include "engine/Placement.h"
@@ -76,7 +77,7 @@ int Engine::maxInstances(ModuleTypeId type) {
 
 Module& Engine::place(ModuleTypeId type) {
     ModuleTypeSlot& slot = typeSlot(type);
-    if (slot.nextIndex() >= maxInstances(type))
+    if (slot.nextIndex() >= maxInstances(type) || (slot.info().hasOutput() && !names.hasFreeSlot()))
         throw PlacementError("Can't place another " + std::string(slot.info().type) +
                              " module: there is no room left for its output.");
     const int16_t index = slot.AllocInstance();
@@ -98,12 +99,12 @@ void Engine::registerOutput(Module& m) {
 }
 
 Module& Engine::New(ModuleTypeId type) {
+    const bool atCursor = std::exchange(placeAtCursor_, false);
     Module& m = place(type);
     LastModuleType = type;
-    if (placeAtCursor_) {
+    if (atCursor) {
         m.Top = cursorTop_;
         m.Left = cursorLeft_;
-        placeAtCursor_ = false;
     }
     ModuleTypeSlot& slot = typeSlot(type);
     slot.TypeUsed = true;

@@ -34,6 +34,7 @@ public:
     // The lowest freed slot, or a new slot past TopNameSlot; -1 when all kBusSize slots
     // are in use.
     NameSlot AllocNameSlot();
+    bool hasFreeSlot() const { return !freed_.empty() || topNameSlot_ + 1 < kBusSize; }
     // Exact, case-sensitive search from 0 to TopNameSlot; 0 (" Off (0)") when not found.
     NameSlot FindNameSlot(std::string_view name) const;
     void enter(NameSlot slot, std::string name, BusId id);

@@ -245,14 +245,20 @@ void MainWindow::openModuleMap() {
 
 void MainWindow::placeModule(ModuleTypeId type) {
     const QSize size = panelSizeTwips(session_.engine.registry(), type);
+    QString refused;
     {
         auto held = session_.engine.lock();
         Engine& e = session_.engine;
         const auto [top, left] = freeSpot(readPlacedModules(e), e.CurrentPage(), e.frameWidth, size);
         e.placeAtCursor(top, left);
-        e.New(type);
-        session_.SetModified(true);
+        try {
+            e.New(type);
+        } catch (const PlacementError& error) {
+            refused = QString::fromStdString(error.what());
+        }
+        if (refused.isEmpty()) session_.SetModified(true);
     }
+    if (!refused.isEmpty()) dialogs_.critical(QStringLiteral("Quillmer"), refused);
     refresh();
 }
 

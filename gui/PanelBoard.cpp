@@ -381,14 +381,20 @@ void PanelBoard::dragEnded(PanelFrame* frame, QPoint topLeft) {
 }
 
 void PanelBoard::createAtCursor(int page, QPoint pixel) {
+    QString refused;
     {
         auto held = session_.engine.lock();
         Engine& e = session_.engine;
         if (page != e.CurrentPage()) return;
         e.placeAtCursor(pixel.y() * kTwipsPerPixel, pixel.x() * kTwipsPerPixel);
-        e.NewLastModule();
-        session_.SetModified(true);
+        try {
+            e.NewLastModule();
+            session_.SetModified(true);
+        } catch (const PlacementError& error) {
+            refused = QString::fromStdString(error.what());
+        }
     }
+    if (!refused.isEmpty()) dialogs_.critical(QStringLiteral("Quillmer"), refused);
     refresh();
 }
 

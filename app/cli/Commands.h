@@ -18,4 +18,8 @@ void addRunCommand(CLI::App& app, int& exitStatus);
 // `convert IN OUT`: load and save again.
 void addConvertCommand(CLI::App& app, int& exitStatus);
 
+// `types [--json]`: every catalogue type, its id, prefix, menu group, caption and inputs,
+// and whether it runs yet.
+void addTypesCommand(CLI::App& app, int& exitStatus);
+
 }  // namespace quillmer

@@ -18,6 +18,8 @@ struct ModuleInfo {
     std::vector<std::pair<std::string, std::string>> inputs;  // label, connected output
 };
 
+}  // namespace
+
 std::string jsonString(const std::string& s) {
     std::ostringstream out;
     out << '"';
@@ -29,6 +31,8 @@ std::string jsonString(const std::string& s) {
     out << '"';
     return out.str();
 }
+
+namespace {
 
 std::string trimmedLabel(std::string_view label) {
     const size_t first = label.find_first_not_of(' ');

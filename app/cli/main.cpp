@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
     quillmer::addRunCommand(app, exitStatus);
     quillmer::addConvertCommand(app, exitStatus);
     quillmer::addPortsCommand(app, exitStatus);
+    quillmer::addTypesCommand(app, exitStatus);
 
     try {
         app.parse(argc, argv);
