@@ -1,4 +1,5 @@
-// Load and save of a patch with 1,000 modules and all 128 snapshots in use.
+// Load and save of a patch with 1,000 modules and all 128 snapshots in use, each snapshot
+// wired differently, and of one with 10,000 modules and one snapshot.
 
 #include <benchmark/benchmark.h>
 
@@ -15,28 +16,33 @@ namespace {
 
 std::string patchPath() { return (std::filesystem::temp_directory_path() / "quillmer-file-bench.qmp").string(); }
 
-// 1,000 modules of the built types, connected in a chain, 128 snapshots.
-void buildBigPatch(Session& session) {
+// Modules of the built types, each input connected to another module's output; every
+// snapshot wired another way.
+void buildBigPatch(Session& session, int modules, int snapshots) {
     Engine& e = session.engine;
     const char* kinds[] = {"Div", "Div", "Div", "MIDITone", "MIDIVoice", "MIDIChan", "Div", "MIDIPBend"};
     std::vector<Module*> placed;
-    for (int i = 0; i < 1000; ++i) placed.push_back(&e.placeForBulk(*typeIdByName(kinds[i % 8])));
+    for (int i = 0; i < modules; ++i) placed.push_back(&e.placeForBulk(*typeIdByName(kinds[i % 8])));
     e.endBulk();
     std::vector<std::string> divNames;
     for (Module* m : placed)
         if (m->info().hasOutput()) divNames.push_back(m->Name);
-    for (size_t i = 0; i < placed.size(); ++i) {
-        Module& m = *placed[i];
-        for (int k = 0; k < m.inputCount(); ++k)
-            e.connectInput(m, k, static_cast<uint16_t>(e.names.sortedPosition(divNames[(i + static_cast<size_t>(k)) % divNames.size()])));
+    for (int s = 0; s < snapshots; ++s) {
+        for (size_t i = 0; i < placed.size(); ++i) {
+            Module& m = *placed[i];
+            for (int k = 0; k < m.inputCount(); ++k) {
+                const size_t other = (i + static_cast<size_t>(k) + static_cast<size_t>(s)) % divNames.size();
+                e.connectInput(m, k, static_cast<uint16_t>(e.names.sortedPosition(divNames[other])));
+            }
+        }
+        session.snapshots.StoreNewPatch();
     }
-    for (int s = 0; s < 128; ++s) session.snapshots.StoreNewPatch();
 }
 
 void savePatch(benchmark::State& state) {
     VirtualTimerService timers;
     Session session(timers, builtTypes());
-    buildBigPatch(session);
+    buildBigPatch(session, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
     std::string error;
     for (auto _ : state)
         if (!session.SaveModuleFile(patchPath(), error)) state.SkipWithError(error.c_str());
@@ -47,7 +53,7 @@ void loadPatch(benchmark::State& state) {
     VirtualTimerService timers;
     {
         Session session(timers, builtTypes());
-        buildBigPatch(session);
+        buildBigPatch(session, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
         std::string error;
         session.SaveModuleFile(patchPath(), error);
     }
@@ -59,6 +65,6 @@ void loadPatch(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK(savePatch)->Unit(benchmark::kMillisecond)->Iterations(5);
-BENCHMARK(loadPatch)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(savePatch)->Args({1000, 128})->Args({10000, 1})->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(loadPatch)->Args({1000, 128})->Args({10000, 1})->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK_MAIN();

@@ -1,5 +1,6 @@
-// Cost of one tick in virtual time: an empty workspace, and chains of 100, 1,000 and
-// 10,000 Div modules, each reading the one before it.
+// Cost of one tick in virtual time: an empty workspace, chains of 100 to 20,000 Div
+// modules, each reading the one before it, and 1,000 and 10,000 modules of the clock,
+// step, note and Div types wired as a musician would. Also the cost of placing 10,000.
 
 #include <benchmark/benchmark.h>
 
@@ -34,8 +35,8 @@ void tickChain(benchmark::State& state) {
         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-// 1,000 modules of the clock, step and note types, in groups of ten wired as a musician
-// would: clocks drive steppers, steppers pick stages, stages play notes.
+// Modules of the clock, step and note types, in groups of ten wired as a musician would:
+// clocks drive steppers, steppers pick stages, stages play notes.
 void tickMusicalPatch(benchmark::State& state) {
     VirtualTimerService timers;
     Engine engine(timers, builtTypes());
@@ -43,8 +44,9 @@ void tickMusicalPatch(benchmark::State& state) {
         return static_cast<uint16_t>(engine.names.sortedPosition(name));
     };
     const char* group[] = {"Clock", "Stepper", "Step8", "MIDIKey", "Counter", "Pulse", "Free", "Step16", "MIDITone", "Div"};
+    const int count = static_cast<int>(state.range(0));
     std::vector<Module*> placed;
-    for (int i = 0; i < 1000; ++i) placed.push_back(&engine.placeForBulk(*typeIdByName(group[i % 10])));
+    for (int i = 0; i < count; ++i) placed.push_back(&engine.placeForBulk(*typeIdByName(group[i % 10])));
     engine.endBulk();
     for (size_t g = 0; g + 10 <= placed.size(); g += 10) {
         Module** m = &placed[g];
@@ -66,12 +68,33 @@ void tickMusicalPatch(benchmark::State& state) {
     engine.setRun(true);
     engine.StartTimers();
     for (auto _ : state) engine.tick();
-    state.counters["ns_per_module"] =
-        benchmark::Counter(1000.0, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["ns_per_module"] = benchmark::Counter(
+        static_cast<double>(count), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+// Placing modules at once (as a load does) and one by one (as the menu does).
+void placeModules(benchmark::State& state) {
+    const int count = static_cast<int>(state.range(0));
+    const bool oneByOne = state.range(1) != 0;
+    const char* kinds[] = {"Div", "Clock", "Step8", "MIDIKey", "Counter"};
+    for (auto _ : state) {
+        VirtualTimerService timers;
+        Engine engine(timers, builtTypes());
+        for (int i = 0; i < count; ++i) {
+            const ModuleTypeId type = *typeIdByName(kinds[i % 5]);
+            if (oneByOne)
+                engine.New(type);
+            else
+                engine.placeForBulk(type);
+        }
+        engine.endBulk();
+        benchmark::DoNotOptimize(engine.names.sortedCount());
+    }
 }
 
 }  // namespace
 
-BENCHMARK(tickMusicalPatch)->Unit(benchmark::kMicrosecond);
-BENCHMARK(tickChain)->Arg(0)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(tickMusicalPatch)->Arg(1000)->Arg(10000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(tickChain)->Arg(0)->Arg(100)->Arg(1000)->Arg(10000)->Arg(20000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(placeModules)->Args({10000, 0})->Args({10000, 1})->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK_MAIN();

@@ -5,12 +5,12 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
-cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
-cmake --build build -j"$(nproc)"
+cmake -S . -B build-release -G Ninja -DCMAKE_BUILD_TYPE=Release
+cmake --build build-release -j"$(nproc)"
 
-if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -x build/app/quillmer/quillmer ]; then
-  exec build/app/quillmer/quillmer examples/demo.qmp
+if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -x build-release/app/quillmer/quillmer ]; then
+  exec build-release/app/quillmer/quillmer examples/demo.qmp
 fi
 mkdir -p out
-build/app/cli/quillmer-cli run examples/demo.qmp --bars 16 --wav out/demo.wav --record out/demo.mid
+build-release/app/cli/quillmer-cli run examples/demo.qmp --bars 16 --wav out/demo.wav --record out/demo.mid
 echo "No display: the demo is rendered to out/demo.wav (audio) and out/demo.mid (MIDI)."

@@ -27,7 +27,7 @@ TEST(Clock, QuarterWithNoOnTimeIsOneTickIn24) {
     Module& clock = h.add("Clock");
     h.set(clock, 0, 1);
     h.set(clock, 1, 0);
-    EXPECT_EQ(h.gates(clock, 48), repeat("X" + dots(23), 2));
+    EXPECT_EQ(h.gates(clock, 48), repeat(highs(1) + dots(23), 2));
 }
 
 TEST(Clock, FullOnTimeOnAPeriodOfTwoStillFalls) {
@@ -71,9 +71,9 @@ TEST(Clock, OutOfRangeDurationsRunAtCodeSixWithAYellowLabel) {
 TEST(Free, ZeroDurationAndMultiplierMakeAnEighth) {
     ModuleHarness h;
     Module& free = h.add("Free");
-    EXPECT_EQ(h.gates(free, 24), repeat("XX" + dots(10), 2)) << "0 % still gives an on-time of 1";
+    EXPECT_EQ(h.gates(free, 24), repeat(highs(2) + dots(10), 2)) << "0 % still gives an on-time of 1";
     h.set(free, 0, 2);
-    EXPECT_EQ(h.gates(free, 48), repeat("XX" + dots(22), 2));
+    EXPECT_EQ(h.gates(free, 48), repeat(highs(2) + dots(22), 2));
 }
 
 TEST(Free, ResyncAndHoldStartThePeriodOver) {
@@ -85,7 +85,7 @@ TEST(Free, ResyncAndHoldStartThePeriodOver) {
     h.set(free, 2, 127);
     EXPECT_EQ(h.gates(free, 3), "...");
     h.set(free, 2, 0);
-    EXPECT_EQ(h.gates(free, 13), "XX" + dots(10) + "X");
+    EXPECT_EQ(h.gates(free, 13), highs(2) + dots(10) + "X");
 }
 
 TEST(Sync, WithBAlwaysHighEachRiseOfAPassesOnTheSamePass) {
@@ -218,7 +218,7 @@ TEST(GHold, ARetriggerRestartsTheCycleAHeldTriggerDoesNot) {
     h.set(hold, 0, 0);
     EXPECT_EQ(h.gates(hold, 1), "X");
     h.set(hold, 0, 127);
-    EXPECT_EQ(h.gates(hold, 12), "." + highs(10) + ".");
+    EXPECT_EQ(h.gates(hold, 12), dots(1) + highs(10) + ".");
 }
 
 TEST(GHold, TurboIsKeptPerSnapshot) {
@@ -249,7 +249,7 @@ TEST(Kicker, KicksWhenAPeriodHasTooLittleVarietyAndKeepsTheLastTallyShown) {
     h.set(lenient, 2, 3);
     feed(5);
     // Period 0 counts as 1: a period ends on every second quarter note, the first at once.
-    EXPECT_EQ(h.gates(strict, 49), "X" + dots(47) + "X");
+    EXPECT_EQ(h.gates(strict, 49), highs(1) + dots(47) + "X");
     EXPECT_EQ(strict.shownTally, 1);
     EXPECT_EQ(strict.tally(), 0);
 
@@ -269,7 +269,7 @@ TEST(Kicker, TheLongerPeriodIsCountedInQuarterNotes) {
     auto& kicker = static_cast<Kicker&>(h.add("Kicker"));
     h.set(kicker, 1, 3);
     h.set(kicker, 2, 127);
-    EXPECT_EQ(h.gates(kicker, 97), "X" + dots(95) + "X");
+    EXPECT_EQ(h.gates(kicker, 97), highs(1) + dots(95) + "X");
 }
 
 TEST(Tempox, TheSetStrobeSetsTwiceTheInputOnceForEachRise) {
