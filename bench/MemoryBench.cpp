@@ -60,6 +60,7 @@ int main(int argc, char** argv) {
             return 1;
         }
     }
+    const long beforePlaying = peakKilobytes();
     {
         auto held = session.engine.lock();
         session.engine.setRun(true);
@@ -67,7 +68,8 @@ int main(int argc, char** argv) {
     }
     const long peak = peakKilobytes();
     std::cout << (load.empty() ? "made in place" : "loaded from " + load) << ": " << count << " modules\n"
-              << "VmHWM " << peak << " KB in all, " << empty << " KB before the patch\n"
+              << "VmHWM " << peak << " KB in all, " << empty << " KB before the patch, " << beforePlaying
+              << " KB before playing\n"
               << "per module: " << static_cast<double>(peak) * 1024.0 / count << " bytes in all, "
               << static_cast<double>(peak - empty) * 1024.0 / count << " bytes for the patch\n";
     return 0;

@@ -43,7 +43,16 @@ char byteOf(char32_t cp) {
 
 }  // namespace
 
+namespace {
+bool isAscii(std::string_view text) {
+    for (char c : text)
+        if (static_cast<uint8_t>(c) >= 0x80) return false;
+    return true;
+}
+}  // namespace
+
 std::string cp1252ToUtf8(std::string_view bytes) {
+    if (isAscii(bytes)) return std::string(bytes);  // the same bytes in both
     std::string out;
     out.reserve(bytes.size());
     for (char c : bytes) appendUtf8(out, codePointOf(static_cast<uint8_t>(c)));
@@ -51,6 +60,7 @@ std::string cp1252ToUtf8(std::string_view bytes) {
 }
 
 std::string utf8ToCp1252(std::string_view text) {
+    if (isAscii(text)) return std::string(text);
     std::string out;
     out.reserve(text.size());
     for (size_t i = 0; i < text.size();) {
