@@ -5,6 +5,9 @@
 
 namespace quillmer {
 
+// a / b for two bus bytes (0..255) without a hardware division; b is not 0.
+int divideBytes(uint8_t numerator, uint8_t divisor);
+
 // Divide: numerator / divisor, truncated; 0 for a divisor of 0.
 class Div final : public Module {
 public:
