@@ -14,7 +14,12 @@ using namespace quillmer;
 
 namespace {
 
-std::string patchPath() { return (std::filesystem::temp_directory_path() / "quillmer-file-bench.qmp").string(); }
+// A file of its own for each size, made anew: saving over a longer file would keep its tail.
+std::string patchPath(const benchmark::State& state) {
+    return (std::filesystem::temp_directory_path() /
+            ("quillmer-file-bench-" + std::to_string(state.range(0)) + "-" + std::to_string(state.range(1)) + ".qmp"))
+        .string();
+}
 
 // Modules of the built types, each input connected to another module's output; every
 // snapshot wired another way.
@@ -43,10 +48,11 @@ void savePatch(benchmark::State& state) {
     VirtualTimerService timers;
     Session session(timers, builtTypes());
     buildBigPatch(session, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    std::filesystem::remove(patchPath(state));
     std::string error;
     for (auto _ : state)
-        if (!session.SaveModuleFile(patchPath(), error)) state.SkipWithError(error.c_str());
-    state.counters["bytes"] = static_cast<double>(std::filesystem::file_size(patchPath()));
+        if (!session.SaveModuleFile(patchPath(state), error)) state.SkipWithError(error.c_str());
+    state.counters["bytes"] = static_cast<double>(std::filesystem::file_size(patchPath(state)));
 }
 
 void loadPatch(benchmark::State& state) {
@@ -54,13 +60,14 @@ void loadPatch(benchmark::State& state) {
     {
         Session session(timers, builtTypes());
         buildBigPatch(session, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+        std::filesystem::remove(patchPath(state));
         std::string error;
-        session.SaveModuleFile(patchPath(), error);
+        session.SaveModuleFile(patchPath(state), error);
     }
     Session session(timers, builtTypes());
     std::string error;
     for (auto _ : state)
-        if (!session.LoadModuleFile(patchPath(), error)) state.SkipWithError(error.c_str());
+        if (!session.LoadModuleFile(patchPath(state), error)) state.SkipWithError(error.c_str());
 }
 
 }  // namespace

@@ -136,7 +136,11 @@ void Module::readBody(ByteReader& in, OutputNames& names) {
     names_ = &names;
     const size_t n = static_cast<size_t>(inputCount());
     std::vector<StoredInput> rows(kSnapshotCount * n);
-    for (StoredInput& entry : rows) entry.name = names.internCp1252(in.rawStr());
+    // A snapshot mostly holds what the one before it held: compare before looking up.
+    for (size_t i = 0; i < rows.size(); ++i) {
+        const std::string_view raw = in.rawStr();
+        rows[i].name = i >= n && raw == names.cp1252(rows[i - n].name) ? rows[i - n].name : names.internCp1252(raw);
+    }
     for (StoredInput& entry : rows) entry.position = in.u16();
     rows_.assign(rows);
     readFields(in);
