@@ -581,13 +581,17 @@ void MidiPorts::resetRecordingDeltas() {
     for (RecordingTrack& t : tracks_) t.delta = 0;
 }
 
+// Only the tracks that were used go into the file, in the order of their numbers.
 bool MidiPorts::SaveMidiFile(const std::string& path, std::string& error) {
     recording_ = false;
     if (!sink_) {
         error = "Unable to save " + path + ": no MIDI file writer.";
         return false;
     }
-    return sink_->save(path, error);
+    std::vector<int> used;
+    for (size_t t = 0; t < tracks_.size(); ++t)
+        if (tracks_[t].used) used.push_back(static_cast<int>(t) + 1);
+    return sink_->save(path, used, error);
 }
 
 // --- exit ---

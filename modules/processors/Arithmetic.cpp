@@ -8,9 +8,11 @@ const ModuleTypeId kDivId = *typeIdByName("Div");
 
 Div::Div() : Module(kDivId, kInputs) {}
 
+// A divisor of 0 leaves the output alone: Div holds its last value, as Modu does. (The
+// module contract's own example gives 0 there; Div's own description holds.)
 void Div::update(Engine&) {
     const int divisor = in(1);
-    setOutput(divisor == 0 ? 0 : in(0) / divisor);
+    if (divisor != 0) setOutput(in(0) / divisor);
 }
 
 }  // namespace quillmer

@@ -5,7 +5,7 @@
 
 namespace quillmer {
 
-// Divide: numerator / divisor, truncated; 0 for a divisor of 0.
+// Divide: numerator / divisor, truncated; a divisor of 0 holds the last value.
 class Div final : public Module {
 public:
     static constexpr InputSpec kInputs[] = {

@@ -208,6 +208,14 @@ TEST(Sending, PanicHeldSilencesModulesAndShutdownToo) {
     h.engine->ports.SendMIDI(0, 0xC0, 5, 0);
     ASSERT_EQ(h.sent.size(), 1u);
     EXPECT_EQ(h.sent[0].bytes, msg({0xC0, 5})) << "a program change is two bytes on the wire";
+
+    h.engine->StartTimers();
+    h.engine->ShutdownStopTimers();
+    ASSERT_TRUE(h.engine->shutdown());
+    h.sent.clear();
+    h.engine->ports.SendMIDI(0, 0x90, 60, 1);
+    h.engine->ports.sendPerTickBytes();
+    EXPECT_TRUE(h.sent.empty()) << "nothing leaves after shutdown";
 }
 
 TEST(SlaveMode, ClocksOnPortATickTheEngineWhileAbsoluteClocksGoOn) {
@@ -355,9 +363,13 @@ public:
     void add(int track, uint32_t delta, std::span<const uint8_t> bytes) override {
         events.push_back({track, delta, {bytes.begin(), bytes.end()}});
     }
-    bool save(const std::string&, std::string&) override { return saved = true; }
+    bool save(const std::string&, std::span<const int> tracks, std::string&) override {
+        savedTracks.assign(tracks.begin(), tracks.end());
+        return saved = true;
+    }
     int tempo = 0;
     bool saved = false;
+    std::vector<int> savedTracks;
     std::vector<RecordedEvent> events;
 };
 }  // namespace
@@ -393,6 +405,8 @@ TEST(Recording, DeltasCountTicksSinceTheTracksLastMessageInFileTicks) {
     std::string error;
     EXPECT_TRUE(p.SaveMidiFile("out.mid", error));
     EXPECT_FALSE(p.recording());
+    EXPECT_EQ(sink.savedTracks, (std::vector<int>{sender.track + 1, controlTrack + 1}))
+        << "only the tracks that were used: track 0 stays out";
 }
 
 // A device thread never waits for the engine: closing a device can wait for its callback
