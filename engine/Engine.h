@@ -15,6 +15,7 @@
 
 #include "engine/Catalogue.h"
 #include "engine/Durations.h"
+#include "engine/EngineLock.h"
 #include "engine/Module.h"
 #include "engine/ModuleRegistry.h"
 #include "engine/ModuleTypeSlot.h"
@@ -83,9 +84,12 @@ public:
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
 
-    std::unique_lock<std::mutex> lock() { return std::unique_lock<std::mutex>(mutex_); }
+    std::unique_lock<EngineLock> lock() { return std::unique_lock<EngineLock>(mutex_); }
     // The lock if it is free now; check owns_lock().
-    std::unique_lock<std::mutex> tryLock() { return std::unique_lock<std::mutex>(mutex_, std::try_to_lock); }
+    std::unique_lock<EngineLock> tryLock() { return std::unique_lock<EngineLock>(mutex_, std::try_to_lock); }
+    // From a device thread, without the lock: MIDI input was queued. Its pass runs at once
+    // when the engine is free, else as the holder of the lock lets go of it.
+    void inputArrived() { mutex_.raise(); }
 
     OutputBus bus;
     OutputNames names;
@@ -225,7 +229,7 @@ private:
     void updateLamps();
     void whole();
 
-    std::mutex mutex_;
+    EngineLock mutex_{[this] { ports.handleQueuedInput(); }};
     std::vector<std::unique_ptr<ModuleTypeSlot>> types_;  // by ModuleTypeId; 0 unused
 
     const uint8_t* toneTables_ = nullptr;

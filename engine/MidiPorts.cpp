@@ -434,9 +434,8 @@ void MidiPorts::onInputData(int port, const std::vector<MidiInputMessage>& messa
         input_.push_back({port, messages});
     }
     // Never wait for the engine here: whoever holds it may be closing this very device.
-    // What can't be handled now is handled when the engine is next free for it.
-    auto engine = engine_.tryLock();
-    if (engine.owns_lock()) handleQueuedInput();
+    // The input pass runs now if the engine is free, else as its holder lets go of it.
+    engine_.inputArrived();
 }
 
 void MidiPorts::handleQueuedInput() {
