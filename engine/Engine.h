@@ -23,6 +23,7 @@
 #include "engine/OutputNames.h"
 #include "engine/EngineSeams.h"
 #include "engine/MidiPorts.h"
+#include "engine/RandomSource.h"
 #include "engine/TimerService.h"
 
 namespace quillmer {
@@ -100,6 +101,14 @@ public:
     const ModuleRegistry& registry() const { return registry_; }
     TimerService& timers() { return timers_; }
     EngineSeams& seams() { return *seams_; }
+    // The random modules' generator. seedRandom puts it on the sequence of `seed` and tells
+    // the parts outside the engine (at start with a non-zero "RanSeed", on ResetClocks, and
+    // for a command line's seed).
+    RandomSource random;
+    void seedRandom(int32_t seed) {
+        random.seed(seed);
+        seams_->reseedRandom(seed);
+    }
 
     // --- patch-wide state ---
     int16_t CurrentSnapshot = 0;

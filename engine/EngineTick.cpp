@@ -205,7 +205,7 @@ void Engine::ResetClocks() {
     HaltTimers();
     lamps.tick = false;
     ResetOutputs();
-    if (options.randomSeed != 0) seams_->reseedRandom(options.randomSeed);
+    if (options.randomSeed != 0) seedRandom(options.randomSeed);
     StartTimers();
 }
 
