@@ -121,9 +121,9 @@ void Module::resolveStoredNames(const OutputNames& names, int snapshotCount) {
 }
 
 // The per-snapshot block after the names holds each input's position in the sorted output
-// list (the stored InputPositions that PatchChange turns into bus ids), not a bus id,
-// although the file format's table calls the block bus ids: it is kept so on purpose. On
-// load the names decide and the positions are rewritten from them.
+// list (the stored InputPositions that PatchChange turns into bus ids), not the bus id that
+// the block is named for: kept so on purpose. On load the names decide and the positions are
+// rewritten from them.
 void Module::writeBody(ByteWriter& out) const {
     for (int s = 0; s < kSnapshotCount; ++s)
         for (int k = 0; k < inputCount(); ++k) out.str(stored(s, k).name);

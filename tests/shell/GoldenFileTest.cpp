@@ -1,6 +1,6 @@
-// A module file built byte by byte from the format's table, not by our writer: it pins the
-// header offsets that a save-load-save round trip can't, since a writer and a reader that
-// agree on a wrong offset still round-trip.
+// A module file written byte by byte at the offsets of the file layout, not by our writer:
+// it pins the header offsets that a save-load-save round trip can't, since a writer and a
+// reader that agree on a wrong offset still round-trip.
 
 #include <gtest/gtest.h>
 
