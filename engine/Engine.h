@@ -4,7 +4,8 @@
 // passes, MIDI input and every user edit each take it and run to completion.
 //
 // Thread rule: every public member needs the engine lock held by the caller, except the
-// constructor, lock(), and the timer entry points, which take it themselves.
+// constructor, lock(), tryLock(), inputArrived(), and the timer entry points, which take it
+// themselves.
 
 #include <array>
 #include <functional>
