@@ -27,7 +27,7 @@ TEST(Clock, QuarterWithNoOnTimeIsOneTickIn24) {
     Module& clock = h.add("Clock");
     h.set(clock, 0, 1);
     h.set(clock, 1, 0);
-    EXPECT_EQ(h.gates(clock, 48), repeat("X" + dots(23), 2));
+    EXPECT_EQ(h.gates(clock, 48), repeat(std::string("X").append(dots(23)), 2));
 }
 
 TEST(Clock, FullOnTimeOnAPeriodOfTwoStillFalls) {
@@ -218,7 +218,7 @@ TEST(GHold, ARetriggerRestartsTheCycleAHeldTriggerDoesNot) {
     h.set(hold, 0, 0);
     EXPECT_EQ(h.gates(hold, 1), "X");
     h.set(hold, 0, 127);
-    EXPECT_EQ(h.gates(hold, 12), "." + highs(10) + ".");
+    EXPECT_EQ(h.gates(hold, 12), std::string(".").append(highs(10)).append("."));
 }
 
 TEST(GHold, TurboIsKeptPerSnapshot) {
@@ -249,7 +249,7 @@ TEST(Kicker, KicksWhenAPeriodHasTooLittleVarietyAndKeepsTheLastTallyShown) {
     h.set(lenient, 2, 3);
     feed(5);
     // Period 0 counts as 1: a period ends on every second quarter note, the first at once.
-    EXPECT_EQ(h.gates(strict, 49), "X" + dots(47) + "X");
+    EXPECT_EQ(h.gates(strict, 49), std::string("X").append(dots(47)).append("X"));
     EXPECT_EQ(strict.shownTally, 1);
     EXPECT_EQ(strict.tally(), 0);
 
@@ -269,7 +269,7 @@ TEST(Kicker, TheLongerPeriodIsCountedInQuarterNotes) {
     auto& kicker = static_cast<Kicker&>(h.add("Kicker"));
     h.set(kicker, 1, 3);
     h.set(kicker, 2, 127);
-    EXPECT_EQ(h.gates(kicker, 97), "X" + dots(95) + "X");
+    EXPECT_EQ(h.gates(kicker, 97), std::string("X").append(dots(95)).append("X"));
 }
 
 TEST(Tempox, TheSetStrobeSetsTwiceTheInputOnceForEachRise) {

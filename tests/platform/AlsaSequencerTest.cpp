@@ -51,7 +51,10 @@ TEST(AlsaSequencer, TheClockResetAndTheFillerNeverReachTheWireAndThePortStaysOpe
         std::this_thread::sleep_for(20ms);
     }
     std::string seen;
-    for (const Bytes& m : received) seen += (seen.empty() ? "" : " ") + std::to_string(m[0]);
+    for (const Bytes& m : received) {
+        if (!seen.empty()) seen += ' ';
+        seen += std::to_string(m[0]);
+    }
     RecordProperty("statuses_received", seen);
     EXPECT_EQ(received, (std::vector<Bytes>{{0x90, 60, 100}, {0xB0, 7, 64}, {0x80, 60, 0}, {248}, {0xC0, 5}}))
         << "statuses that arrived: " << seen;
