@@ -4,7 +4,8 @@
 // passes, MIDI input and every user edit each take it and run to completion.
 //
 // Thread rule: every public member needs the engine lock held by the caller, except the
-// constructor, lock(), and the timer entry points, which take it themselves.
+// constructor, lock(), tryLock(), inputArrived(), and the timer entry points, which take it
+// themselves.
 
 #include <array>
 #include <functional>
@@ -16,6 +17,7 @@
 
 #include "engine/Catalogue.h"
 #include "engine/Durations.h"
+#include "engine/EngineLock.h"
 #include "engine/Module.h"
 #include "engine/ModuleRegistry.h"
 #include "engine/ModuleTypeSlot.h"
@@ -23,6 +25,7 @@
 #include "engine/OutputNames.h"
 #include "engine/EngineSeams.h"
 #include "engine/MidiPorts.h"
+#include "engine/RandomSource.h"
 #include "engine/TimerService.h"
 
 namespace quillmer {
@@ -90,9 +93,12 @@ public:
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
 
-    std::unique_lock<std::mutex> lock() { return std::unique_lock<std::mutex>(mutex_); }
+    std::unique_lock<EngineLock> lock() { return std::unique_lock<EngineLock>(mutex_); }
     // The lock if it is free now; check owns_lock().
-    std::unique_lock<std::mutex> tryLock() { return std::unique_lock<std::mutex>(mutex_, std::try_to_lock); }
+    std::unique_lock<EngineLock> tryLock() { return std::unique_lock<EngineLock>(mutex_, std::try_to_lock); }
+    // From a device thread, without the lock: MIDI input was queued. Its pass runs at once
+    // when the engine is free, else as the holder of the lock lets go of it.
+    void inputArrived() { mutex_.raise(); }
 
     OutputBus bus;
     OutputNames names;
@@ -103,6 +109,14 @@ public:
     const ModuleRegistry& registry() const { return registry_; }
     TimerService& timers() { return timers_; }
     EngineSeams& seams() { return *seams_; }
+    // The random modules' generator. seedRandom puts it on the sequence of `seed` and tells
+    // the parts outside the engine (at start with a non-zero "RanSeed", on ResetClocks, and
+    // for a command line's seed).
+    RandomSource random;
+    void seedRandom(int32_t seed) {
+        random.seed(seed);
+        seams_->reseedRandom(seed);
+    }
 
     // --- patch-wide state ---
     int16_t CurrentSnapshot = 0;
@@ -242,7 +256,7 @@ private:
     void updateLamps();
     void whole();
 
-    std::mutex mutex_;
+    EngineLock mutex_{[this] { ports.handleQueuedInput(); }};
     std::vector<std::unique_ptr<ModuleTypeSlot>> types_;  // by ModuleTypeId; 0 unused
     // Slots with placed modules, per pass and per group, in the walking order.
     std::array<std::vector<ModuleTypeSlot*>, kPassCount> passSlots_;

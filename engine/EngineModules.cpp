@@ -51,7 +51,10 @@ void Engine::ResolveInputNames() {
 
 void Engine::ResetAllInputs() {
     forEachModule([this](Module& m) { m.ResetInputs(names); });
-    names.consumePositionMap();  // placing a type without an output re-labels with no change
+    // The position map is spent here, on purpose: it tells one ResetInputs pass how the
+    // sorted list moved, and a later pass must not apply it again. Placing a type without an
+    // output re-labels with no change.
+    names.consumePositionMap();
     MarkPatchChanged(true);
 }
 

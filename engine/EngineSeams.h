@@ -25,7 +25,8 @@ public:
     virtual void resendSliders() {}
     // The formula runtime's view of the resync pulse (1.0 while it lasts).
     virtual void setResyncPulseVariable(double /*value*/) {}
-    // ResetClocks: reseed the random generator with a non-zero seed.
+    // The engine's random generator was seeded (Engine::seedRandom): parts with random
+    // sources of their own follow it.
     virtual void reseedRandom(int32_t /*seed*/) {}
     // Remote control received on port A: the Composer's transport, by the BusId of the
     // output concerned (131 start, 137 continue, 138 stop).

@@ -231,7 +231,7 @@ void Engine::ResetClocks() {
     HaltTimers();
     lamps.tick = false;
     ResetOutputs();
-    if (options.randomSeed != 0) seams_->reseedRandom(options.randomSeed);
+    if (options.randomSeed != 0) seedRandom(options.randomSeed);
     StartTimers();
 }
 
@@ -239,7 +239,8 @@ void Engine::UpdateTimerTick() {
     tickPeriod_ = TickPeriodFor(tempo_);
     restartOutputStamp();
     // The counters stay where they are, so a tempo change keeps the phase. A stopped or
-    // slaved tick timer stays off.
+    // slaved tick timer stays off on purpose: a tempo change must not start the ticks of a
+    // stopped engine, nor a second clock beside the master's.
     if (timersRunning_ && options.syncMode != SyncMode::Slave) timers_.setInterval(tickTimer_, tickPeriod_);
 }
 

@@ -434,9 +434,8 @@ void MidiPorts::onInputData(int port, const std::vector<MidiInputMessage>& messa
         input_.push_back({port, messages});
     }
     // Never wait for the engine here: whoever holds it may be closing this very device.
-    // What can't be handled now is handled when the engine is next free for it.
-    auto engine = engine_.tryLock();
-    if (engine.owns_lock()) handleQueuedInput();
+    // The input pass runs now if the engine is free, else as its holder lets go of it.
+    engine_.inputArrived();
 }
 
 void MidiPorts::handleQueuedInput() {
@@ -581,13 +580,17 @@ void MidiPorts::resetRecordingDeltas() {
     for (RecordingTrack& t : tracks_) t.delta = 0;
 }
 
+// Only the tracks that were used go into the file, in the order of their numbers.
 bool MidiPorts::SaveMidiFile(const std::string& path, std::string& error) {
     recording_ = false;
     if (!sink_) {
         error = "Unable to save " + path + ": no MIDI file writer.";
         return false;
     }
-    return sink_->save(path, error);
+    std::vector<int> used;
+    for (size_t t = 0; t < tracks_.size(); ++t)
+        if (tracks_[t].used) used.push_back(static_cast<int>(t) + 1);
+    return sink_->save(path, used, error);
 }
 
 // --- exit ---

@@ -134,8 +134,11 @@ public:
     // --- input ---
     MidiInputTables in;
     std::array<bool, kPortCount> InputOpen{};
-    // Device callback: handled at once when the engine is free, else at the next tick.
+    // Device callback: queued, and handled at once when the engine is free, else as soon
+    // as whoever holds the engine lets go of it.
     void onInputData(int port, const std::vector<MidiInputMessage>& messages);
+    // The queued input, in the order it came (lock held).
+    void handleQueuedInput();
     // The same with the lock already held.
     void handleInput(int port, const std::vector<MidiInputMessage>& messages);
     void openInputs();
@@ -162,8 +165,8 @@ public:
     bool exitDrained() const { return drained_; }
     void stopSweep();
 
-    // Device events and input queued from device threads, handled under the lock at the
-    // next tick.
+    // Device events queued from device threads, handled under the lock at the next tick,
+    // and any input still queued.
     void handleDeviceEvents();
 
 private:
@@ -205,7 +208,6 @@ private:
     void wireInput(int port);
     void openInput(int port);
     void closeInput(int port);
-    void handleQueuedInput();
     void runPanic(int fromPort);
     void sweepBatch();
     void onSweepTimer();
@@ -227,7 +229,7 @@ private:
     TimerId drainTimer_ = -1;
     std::mutex eventsMutex_;
     std::vector<QueuedEvent> events_;
-    std::vector<QueuedInput> input_;  // input that came while the engine was busy
+    std::vector<QueuedInput> input_;  // input not handled yet
 };
 
 }  // namespace quillmer

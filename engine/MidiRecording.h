@@ -16,8 +16,10 @@ public:
     // One channel message on a track (1 is the first after the tempo track), after `delta`
     // ticks of the file's division.
     virtual void add(int track, uint32_t delta, std::span<const uint8_t> bytes) = 0;
-    // Writes the file; on failure `error` names the file and nothing is left behind.
-    virtual bool save(const std::string& path, std::string& error) = 0;
+    // Writes the file: the tempo track, then `tracks` in the order given, each holding what
+    // was added to it; tracks not listed are left out. On failure `error` names the file and
+    // nothing is left behind.
+    virtual bool save(const std::string& path, std::span<const int> tracks, std::string& error) = 0;
 };
 
 }  // namespace quillmer

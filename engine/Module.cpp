@@ -123,6 +123,10 @@ void Module::resolveStoredNames(const OutputNames& names, int snapshotCount) {
     });
 }
 
+// The per-snapshot block after the names holds each input's position in the sorted output
+// list (the stored InputPositions that PatchChange turns into bus ids), not the bus id that
+// the block is named for: kept so on purpose. On load the names decide and the positions are
+// rewritten from them.
 void Module::writeBody(ByteWriter& out, const OutputNames& names) const {
     const int n = inputCount();
     for (int s = 0; s < kSnapshotCount; ++s)

@@ -70,7 +70,7 @@ void Program::start(const StartOptions& options) {
     {
         auto held = engine.lock();
         settings_->applyTo(engine);
-        if (engine.options.randomSeed != 0) engine.seams().reseedRandom(engine.options.randomSeed);
+        if (engine.options.randomSeed != 0) engine.seedRandom(engine.options.randomSeed);
     }
     openSavedPorts(options.noMidi);
     {

@@ -46,12 +46,16 @@ void MidiFileWriter::add(int track, uint32_t delta, std::span<const uint8_t> byt
     tracks_[static_cast<size_t>(track)].push_back(event);
 }
 
-bool MidiFileWriter::writeTo(const std::string& file) const {
+bool MidiFileWriter::writeTo(const std::string& file, std::span<const int> tracks) const {
     prepareLibraries();
     smf_t* smf = smf_new();
     if (!smf) return false;
     bool ok = smf_set_format(smf, 1) == 0 && smf_set_ppqn(smf, kMidiFileDivision) == 0;
-    for (size_t t = 0; ok && t < tracks_.size(); ++t) {
+    static const std::vector<Event> kNone;
+    for (size_t n = 0; ok && n <= tracks.size(); ++n) {
+        const int t = n == 0 ? 0 : tracks[n - 1];
+        if (t < 0) continue;
+        const std::vector<Event>& events = static_cast<size_t>(t) < tracks_.size() ? tracks_[static_cast<size_t>(t)] : kNone;
         smf_track_t* track = smf_track_new();
         if (!track) {
             ok = false;
@@ -68,7 +72,7 @@ bool MidiFileWriter::writeTo(const std::string& file) const {
             ok = addBytes(track, tempo.data(), tempo.size(), 0) && addBytes(track, meter.data(), meter.size(), 0) &&
                  addBytes(track, key.data(), key.size(), 0);
         }
-        for (const Event& e : tracks_[t]) ok = ok && addBytes(track, e.bytes, e.length, e.delta);
+        for (const Event& e : events) ok = ok && addBytes(track, e.bytes, e.length, e.delta);
         ok = ok && smf_track_add_eot_delta_pulses(track, 0) == 0;
     }
     ok = ok && smf_save(smf, file.c_str()) == 0;
@@ -76,10 +80,10 @@ bool MidiFileWriter::writeTo(const std::string& file) const {
     return ok;
 }
 
-bool MidiFileWriter::save(const std::string& path, std::string& error) {
+bool MidiFileWriter::save(const std::string& path, std::span<const int> tracks, std::string& error) {
     AtomicFile file(path);
     if (!file.create(error)) return false;
-    if (!writeTo(file.tempPath())) {
+    if (!writeTo(file.tempPath(), tracks)) {
         error = saveError(path, "the MIDI file could not be written");
         return false;
     }

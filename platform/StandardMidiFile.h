@@ -4,9 +4,9 @@
 //
 // The writer makes format 1, division 480. Track 0 holds the tempo (microseconds per
 // quarter = 60000000 / tempo), time signature 4/4 and key C major; channel messages go on
-// the tracks after it, numbered by the caller, each after its delta in file ticks. A track
-// number skipped by the caller is written as an empty track, so the file's track numbers
-// are the caller's. Events are kept in memory until save(), which writes to a temporary
+// the tracks after it, numbered by the caller, each after its delta in file ticks. save()
+// writes the tracks the caller lists, one after the other, so a recording holds no empty
+// track for a number nobody used. Events are kept in memory until save(), which writes to a temporary
 // file beside the target and renames it over the target: a failed save leaves the old file
 // as it was and no part-written file behind. Thread rule: one thread.
 
@@ -29,7 +29,7 @@ public:
     // `track` 1 or more; `bytes` a channel message of 2 or 3 bytes (others are ignored).
     void add(int track, uint32_t delta, std::span<const uint8_t> bytes) override;
     // False with `error` naming the file.
-    bool save(const std::string& path, std::string& error) override;
+    bool save(const std::string& path, std::span<const int> tracks, std::string& error) override;
 
     // Tracks including the tempo track.
     int trackCount() const { return static_cast<int>(tracks_.size()); }
@@ -40,7 +40,7 @@ private:
         uint8_t length = 0;
         uint8_t bytes[3] = {};
     };
-    bool writeTo(const std::string& file) const;
+    bool writeTo(const std::string& file, std::span<const int> tracks) const;
 
     int tempo_ = 120;
     std::vector<std::vector<Event>> tracks_{1};  // [0] is the tempo track

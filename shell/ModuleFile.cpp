@@ -150,7 +150,8 @@ bool Session::LoadModuleFile(const std::string& path, std::string& error) {
     };
     if (!readWholeFile(path, bytes) || bytes.size() < kHeaderSize) return fail("Unable to Load: ");
     const FileHeader header = FileHeader::read(bytes.data());
-    if (header.magic != kFileMagic || header.version > kFormatVersion || header.version < 0)
+    // Only a wrong magic or a newer format is refused; any older version number loads.
+    if (header.magic != kFileMagic || header.version > kFormatVersion)
         return fail("Incompatible File: ");
 
     kept = header;
@@ -162,8 +163,8 @@ bool Session::LoadModuleFile(const std::string& path, std::string& error) {
     modifier = trimmed(transformName(header.modifierName));
     fileVersion = header.versionNumber();
     engine.options.lockModules = header.lockModules != 0;
-    for (int i = 0; i < kSliderCount; ++i)
-        engine.bus[static_cast<BusId>(sysbus::FirstSlider + i)] = static_cast<uint8_t>(header.sliderValues[static_cast<size_t>(i)] & 127);
+    for (int i = 0; i < kSliderCount; ++i)  // the byte as the header holds it
+        engine.bus[static_cast<BusId>(sysbus::FirstSlider + i)] = header.sliderValues[static_cast<size_t>(i)];
     engine.options.absClockA = header.absClock0;
     engine.options.absClockB = header.absClock1;
 

@@ -32,6 +32,9 @@ Session::Session(TimerService& timers, const ModuleRegistry& registry)
     resetComposerList();
     engine.setToneTables(tones.rows.data());
     LoadAuxFiles({});
+    voiceNames.loadFromDataFolders();
+    engine.ports.bankName = [this](int bank) { return voiceNames.bankName(bank); };
+    engine.ports.voiceName = [this](int bank, int program) { return voiceNames.voiceName(bank, program); };
 }
 
 Session::~Session() { engine.timers().setInterval(chainTimer_, 0); }

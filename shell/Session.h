@@ -11,6 +11,7 @@
 #include "engine/EngineSeams.h"
 #include "shell/FileHeader.h"
 #include "shell/Snapshots.h"
+#include "shell/VoiceNames.h"
 #include "tables/ToneTables.h"
 
 namespace quillmer {
@@ -30,6 +31,7 @@ public:
     Engine engine;
     Snapshots snapshots;
     ToneTables tones;  // the tuning tables the note modules play through
+    VoiceNames voiceNames;  // bank and voice names of the module captions
     // What the file header keeps that has no other home yet: the Composer list, the
     // floating sliders and the window size. Written back as it was read.
     FileHeader kept;

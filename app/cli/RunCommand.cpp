@@ -31,6 +31,7 @@ struct RunOptions {
     std::vector<std::string> trace;
     int32_t seed = 0;
     int tempo = 0;
+    bool extendedTempo = false;
     std::string record;
     std::string wav;
     bool realtime = false;
@@ -65,8 +66,12 @@ void printTraceRow(Engine& e, uint64_t tick, const std::vector<BusId>& ids) {
 // Tempo, seed, the Run button and recording, before the first tick.
 void prepare(Session& session, const RunOptions& o, MidiFileWriter& recorder) {
     Engine& e = session.engine;
+    if (o.extendedTempo) e.setExtendedTempo(true);
     if (o.tempo > 0) e.SetNewTempo(o.tempo);
-    if (o.seed != 0) e.options.randomSeed = o.seed;
+    if (o.seed != 0) {
+        e.options.randomSeed = o.seed;  // ResetClocks reseeds with it too
+        e.seedRandom(o.seed);
+    }
     if (o.pressRun) e.setRun(true);
     if (!o.record.empty()) {
         e.ports.setRecordSink(&recorder);
@@ -188,16 +193,22 @@ void addRunCommand(CLI::App& app, int& exitStatus) {
     ticks->excludes(bars);
     command->add_option("--trace", o->trace, "Outputs to print after every tick, as CSV")->delimiter(',');
     command->add_option("--seed", o->seed, "Random seed");
-    command->add_option("--tempo", o->tempo, "Tempo in quarter notes a minute")->check(CLI::Range(1, 1000));
+    auto* tempo = command->add_option("--tempo", o->tempo, "Tempo in quarter notes a minute, 1..254 (1..1000 with --extended-tempo)");
+    command->add_flag("--extended-tempo", o->extendedTempo, "Allow tempos up to 1000");
     command->add_option("--record", o->record, "Record what is sent to a MIDI file");
     command->add_option("--wav", o->wav, "Render the built-in synth to a WAV file (offline)");
     command->add_flag("--realtime", o->realtime, "Play in real time on the chosen MIDI devices");
     command->add_option("--port", o->ports, "A=DEVICE: a device for an output port (with --realtime)");
     command->add_flag("--run", o->pressRun, "Press Run before the first tick");
-    command->callback([&exitStatus, o] {
+    command->callback([&exitStatus, o, tempo] {
         const int64_t count = o->ticks > 0 ? o->ticks : o->bars * 96;
         if (count <= 0) {
             exitStatus = fail("run needs --ticks N or --bars N");
+            return;
+        }
+        if (const int highest = o->extendedTempo ? 1000 : 254; tempo->count() > 0 && (o->tempo < 1 || o->tempo > highest)) {
+            exitStatus = fail("--tempo " + std::to_string(o->tempo) + " is outside 1.." + std::to_string(highest) +
+                              (o->extendedTempo ? "" : "; --extended-tempo allows up to 1000"));
             return;
         }
         if (o->realtime && !o->wav.empty()) {

@@ -3,6 +3,7 @@
 #include <map>
 #include <stdexcept>
 
+#include "engine/Engine.h"
 #include "engine/Module.h"
 
 namespace quillmer::gui {
@@ -103,6 +104,20 @@ ControlSpec switchControl(const char* objectName, QString caption, QString tip, 
     sw.edit = std::move(edit);
     sw.widthTwips = widthTwips;
     return sw;
+}
+
+// The switch is in while the module is disabled: its Enabled is the switch's inverse.
+ControlSpec enableSwitch() {
+    ControlSpec enable = switchControl(
+        "opEnable", QStringLiteral("Enable"), QStringLiteral("Click in to disable, out to enable"),
+        [](const Module& m) { return Shown::ofOn(m.Enabled == 0); },
+        [](Module& m, Engine& e, const Gesture& g) {
+            m.Enabled = g.number != 0 ? int16_t{0} : int16_t{-1};
+            m.viewChanged = true;
+            e.MarkPatchChanged(true);
+        });
+    enable.enableColours = true;
+    return enable;
 }
 
 }  // namespace quillmer::gui

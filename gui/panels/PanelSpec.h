@@ -126,6 +126,8 @@ ControlSpec switchControl(const char* objectName, QString caption, QString tip, 
                           int widthTwips = 900);
 // The channel button: "1 A" .. "16D", opening the channel dialog.
 ControlSpec channelButton();
+// opEnable: in disables the module at once (red), out enables it (green).
+ControlSpec enableSwitch();
 
 // Module casts for readers and editors; the description is only ever given its own type.
 template <class T>

@@ -11,6 +11,8 @@ constexpr int kPan = 4;
 constexpr int kModWheel = 5;
 constexpr int kProgram = 6;
 constexpr int kInhibitNoteOff = 127;  // Transp value on MIDIVoice and MIDIKey
+constexpr int kToneRowBytes = 128;
+constexpr int kNoBend = 1;  // a bend byte of 1 sends 64, the centre
 
 std::string noteName(int note) { return std::string(PitchNames[static_cast<size_t>(note % 12)]) + " : " + std::to_string(note / 12); }
 }  // namespace
@@ -52,9 +54,11 @@ void ChannelModule::send(Engine& engine, int status, int data1, int data2, int t
 
 // --- NoteModule ---
 
+// MIDITone and MIDIVoice record notes and controllers on two tracks; the other sending
+// modules, MIDIKey among them, have the one track.
 void NoteModule::onAttach(Engine& engine) {
     ChannelModule::onAttach(engine);
-    NoteTrack = engine.ports.allocateRecordingTrack();
+    NoteTrack = hasControls() ? engine.ports.allocateRecordingTrack() : ControlTrack;
 }
 
 void NoteModule::sendControls(Engine& engine) {
@@ -197,8 +201,12 @@ void MIDITone::SendNoteOn(Engine& engine) {
     const int octave = in(kOctave);
     const int step = a % steps;
     const int rootStep = root % steps;
-    const int semitones = table[step];
-    const int bend = table[64 + step];
+    // Every read stays inside the table's own row of 128 bytes. Bytes 64..126 bend steps
+    // 0..62, and step 63 reads byte 127, the step count, as the row lays out. A table of
+    // more than 64 steps has no bend bytes for its steps from 64 on: they play unbent
+    // rather than take a byte of the next row or of the names behind the last one.
+    const int semitones = step < kToneRowBytes ? table[step] : 0;
+    const int bend = 64 + step < kToneRowBytes ? table[64 + step] : kNoBend;
     const int octaves = stripOctaves ? octave : a / steps + root / steps + octave;
     // The root enters whole even though its octaves are already counted.
     SentNote = static_cast<uint8_t>(std::min(12 * octaves + root + semitones, 127));

@@ -21,10 +21,11 @@ int divideBytes(uint8_t numerator, uint8_t divisor) {
 
 Div::Div() : Module(kDivId, kInputs) {}
 
+// A divisor of 0 leaves the output alone: Div holds its last value, as Modu does.
 void Div::update(Engine&) {
-    if (sameInputsAsLastUpdate(2)) return;
+    if (sameInputsAsLastUpdate(2)) return;  // a held value stays held too
     const uint8_t divisor = in(1);
-    setOutput(divisor == 0 ? 0 : divideBytes(in(0), divisor));
+    if (divisor != 0) setOutput(divideBytes(in(0), divisor));
 }
 
 }  // namespace quillmer

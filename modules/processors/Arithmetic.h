@@ -8,7 +8,7 @@ namespace quillmer {
 // a / b for two bus bytes (0..255) without a hardware division; b is not 0.
 int divideBytes(uint8_t numerator, uint8_t divisor);
 
-// Divide: numerator / divisor, truncated; 0 for a divisor of 0.
+// Divide: numerator / divisor, truncated; a divisor of 0 holds the last value.
 class Div final : public Module {
 public:
     static constexpr InputSpec kInputs[] = {

@@ -20,6 +20,8 @@ constexpr int kThirtySecondCode = 3;  // "  32nd": GHold's step without Turbo
 constexpr int kFreeMinPeriod = 2;
 }  // namespace
 
+// Gate lengths round an exact half to the even neighbour (3 ticks at 50 % give 2, 5 ticks
+// give 2, 7 give 4), on purpose: gates keep the lengths they have always had.
 int PercentOfTicks(int ticks, int percent) {
     const int product = ticks * percent;
     const int quotient = product / 100;
@@ -88,7 +90,8 @@ void Free::update(Engine& engine) {
     const int onTime = std::clamp(PercentOfTicks(period, in(1)), 1, period - 1);
     if (engine.ResyncPending) phase_ = 0;
     setOutput(phase_ <= onTime ? kStrobe : 0);
-    // A period that shrank under the phase starts over too.
+    // A period that shrank under the phase starts over at once, rather than running the
+    // phase on to 255 and round: on purpose, a shorter period takes effect now.
     if (++phase_ >= period) phase_ = 0;
 }
 

@@ -114,6 +114,31 @@ TEST(Cli, FailuresAreOneLineAndANonZeroStatus) {
     EXPECT_EQ(std::count(r.out.begin(), r.out.end(), '\n'), 1);
 }
 
+// The tempo range in force: 1..254, or 1..1000 with --extended-tempo; what is played is
+// the tempo asked for, as the recorded tempo track shows.
+TEST(Cli, TempoIsCheckedAgainstTheRangeInForce) {
+    ScratchDir dir;
+    Result r = cli("run " + kDemo + " --ticks 2 --tempo 300");
+    EXPECT_NE(r.status, 0);
+    EXPECT_EQ(r.out, "quillmer-cli: --tempo 300 is outside 1..254; --extended-tempo allows up to 1000\n");
+    r = cli("run " + kDemo + " --ticks 2 --tempo 0 --extended-tempo");
+    EXPECT_NE(r.status, 0);
+    EXPECT_EQ(r.out, "quillmer-cli: --tempo 0 is outside 1..1000\n");
+    r = cli("run " + kDemo + " --ticks 2 --tempo 1001 --extended-tempo");
+    EXPECT_NE(r.status, 0);
+
+    const auto tempoOf = [&](const std::string& options) -> std::vector<uint8_t> {
+        const std::string mid = dir.file("t.mid");
+        const Result played = cli("run " + kDemo + " --ticks 2 --run --seed 7 --record " + mid + " " + options);
+        EXPECT_EQ(played.status, 0) << played.out;
+        const auto file = readMidiFile(mid);
+        if (!file || file->tracks.empty() || file->tracks[0].empty()) return {};
+        return file->tracks[0][0].bytes;
+    };
+    EXPECT_EQ(tempoOf("--tempo 300 --extended-tempo"), (std::vector<uint8_t>{0xFF, 0x51, 0x03, 0x03, 0x0D, 0x40}));
+    EXPECT_EQ(tempoOf("--tempo 254"), (std::vector<uint8_t>{0xFF, 0x51, 0x03, 0x03, 0x9A, 0xBC})) << "236220 us";
+}
+
 TEST(DemoPatch, TheShippedFileIsWhatItsGeneratorMakes) {
     ScratchDir dir;
     SessionHarness h;

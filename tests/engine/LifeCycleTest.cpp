@@ -197,17 +197,26 @@ TEST(CloseAllModules, LeavesTheSystemNamesAndUnusedTypes) {
     EXPECT_EQ(h.add("Div").Name, "1Div-");
 }
 
-TEST(Div, DividesTruncatingAndGivesZeroForDivisorZero) {
+TEST(Div, DividesTruncatingAndHoldsItsLastValueOnADivisorOfZero) {
     Harness h;
     Module& d = h.add("Div");
+    h.connect(d, 1, "~   0");
+    h.engine->StartTimers();
+    h.ticks(1);
+    EXPECT_EQ(h.out(d), 0) << "nothing to hold yet";
     h.connect(d, 0, "~ 127");
     h.connect(d, 1, "~   4");
-    h.engine->StartTimers();
     h.ticks(1);
     EXPECT_EQ(h.out(d), 31);
     h.connect(d, 1, "~   0");
+    h.ticks(3);
+    EXPECT_EQ(h.out(d), 31);
+    h.connect(d, 0, "~  60");
     h.ticks(1);
-    EXPECT_EQ(h.out(d), 0);
+    EXPECT_EQ(h.out(d), 31) << "a new numerator over 0 changes nothing either";
+    h.connect(d, 1, "~   7");
+    h.ticks(1);
+    EXPECT_EQ(h.out(d), 8);
 }
 
 TEST(Disabled, FreezesTheOutputButStillFlipsPages) {

@@ -208,6 +208,14 @@ TEST(Sending, PanicHeldSilencesModulesAndShutdownToo) {
     h.engine->ports.SendMIDI(0, 0xC0, 5, 0);
     ASSERT_EQ(h.sent.size(), 1u);
     EXPECT_EQ(h.sent[0].bytes, msg({0xC0, 5})) << "a program change is two bytes on the wire";
+
+    h.engine->StartTimers();
+    h.engine->ShutdownStopTimers();
+    ASSERT_TRUE(h.engine->shutdown());
+    h.sent.clear();
+    h.engine->ports.SendMIDI(0, 0x90, 60, 1);
+    h.engine->ports.sendPerTickBytes();
+    EXPECT_TRUE(h.sent.empty()) << "nothing leaves after shutdown";
 }
 
 TEST(SlaveMode, ClocksOnPortATickTheEngineWhileAbsoluteClocksGoOn) {
@@ -355,9 +363,13 @@ public:
     void add(int track, uint32_t delta, std::span<const uint8_t> bytes) override {
         events.push_back({track, delta, {bytes.begin(), bytes.end()}});
     }
-    bool save(const std::string&, std::string&) override { return saved = true; }
+    bool save(const std::string&, std::span<const int> tracks, std::string&) override {
+        savedTracks.assign(tracks.begin(), tracks.end());
+        return saved = true;
+    }
     int tempo = 0;
     bool saved = false;
+    std::vector<int> savedTracks;
     std::vector<RecordedEvent> events;
 };
 }  // namespace
@@ -393,19 +405,60 @@ TEST(Recording, DeltasCountTicksSinceTheTracksLastMessageInFileTicks) {
     std::string error;
     EXPECT_TRUE(p.SaveMidiFile("out.mid", error));
     EXPECT_FALSE(p.recording());
+    EXPECT_EQ(sink.savedTracks, (std::vector<int>{sender.track + 1, controlTrack + 1}))
+        << "only the tracks that were used: track 0 stays out";
 }
 
 // A device thread never waits for the engine: closing a device can wait for its callback
-// without a deadlock. What arrives while the engine is busy is handled at the next tick.
-TEST(InputTables, InputArrivingWhileTheEngineIsBusyWaitsForTheNextTick) {
+// without a deadlock. What arrives while the engine is busy is handled the moment the
+// engine comes free, by whoever lets go of it, not at the next tick.
+TEST(InputWhileBusy, InputRunsAsTheEngineComesFreeAndNotAtTheNextTick) {
     PortHarness h;
+    Module& reader = h.add("Unity");
+    reader.Priority = priority::MidiInput;
+    h.engine->ports.setTrigger(trigger::NoteOn, true);
     h.engine->StartTimers();
+    const uint64_t ticks = h.engine->ticksRun();
     {
         auto held = h.engine->lock();
         std::thread device([&] { h.engine->ports.onInputData(0, {{0x90, 61, 90}}); });
         device.join();  // returned although the lock is held
         EXPECT_EQ(h.engine->ports.in.InLastNote[0], 0);
+        EXPECT_TRUE(h.log.empty());
     }
-    h.ticks(1);
-    EXPECT_EQ(h.engine->ports.in.InLastNote[0], 61);
+    EXPECT_EQ(h.engine->ports.in.InLastNote[0], 61) << "handled on release";
+    EXPECT_EQ(h.log.size(), 1u) << "and its trigger ran the input pass then";
+    EXPECT_EQ(h.engine->ticksRun(), ticks) << "without a tick";
+}
+
+// In slave mode a clock that came while the engine was busy ticks as the engine comes free;
+// the last clock before the sender stops is not lost waiting for a tick that never comes.
+TEST(InputWhileBusy, ASlavesLastClockTicksOnReleaseAndNoClockIsLostUnderContention) {
+    PortHarness h;
+    h.engine->options.syncMode = SyncMode::Slave;
+    auto keys = std::make_unique<FakeInput>("Clock");
+    FakeInput& portA = *keys;
+    h.engine->ports.attachInput(0, std::move(keys));
+    h.engine->StartTimers();
+    const uint64_t before = h.engine->ticksRun();
+    {
+        auto held = h.engine->lock();
+        std::thread sender([&] { portA.feed({{248, 0, 0}}); });
+        sender.join();
+        EXPECT_EQ(h.engine->ticksRun(), before);
+    }
+    EXPECT_EQ(h.engine->ticksRun(), before + 1);
+    EXPECT_EQ(h.engine->bus[sysbus::Turbo], 1);
+
+    // A sender thread and an editing thread fight for the engine: every clock ticks once.
+    constexpr int kClocks = 3000;
+    std::thread sender([&] {
+        for (int i = 0; i < kClocks; ++i) portA.feed({{248, 0, 0}});
+    });
+    for (int i = 0; i < kClocks; ++i) {
+        auto held = h.engine->lock();
+        h.engine->bus[sysbus::FirstSlider] = static_cast<uint8_t>(i & 127);
+    }
+    sender.join();
+    EXPECT_EQ(h.engine->ticksRun(), before + 1 + kClocks);
 }

@@ -281,3 +281,63 @@ TEST(Keys, KeyDownCountsRepeatsUpTo127AndKeyUpClearsIt) {
     EXPECT_EQ(h.engine->bus[sysbus::KeyDown], 0);
     EXPECT_EQ(h.engine->bus[sysbus::KeyChar], 'A') << "the last key stays";
 }
+
+namespace {
+// Counts what the engine tells the parts outside it about seeding.
+class SeedSeams final : public EngineSeams {
+public:
+    void reseedRandom(int32_t seed) override { seeds.push_back(seed); }
+    std::vector<int32_t> seeds;
+};
+std::vector<float> draws(Engine& e, int n) {
+    std::vector<float> v;
+    for (int i = 0; i < n; ++i) v.push_back(e.random.next());
+    return v;
+}
+}  // namespace
+
+TEST(RandomSeed, ResetClocksRepeatsTheSequenceOfANonZeroSeedAndZeroLeavesItRunning) {
+    VirtualTimerService timers;
+    ModuleRegistry registry;
+    registerBuiltTypes(registry);
+    SeedSeams seams;
+    Engine e(timers, registry, &seams);
+    auto held = e.lock();
+    e.options.randomSeed = 0;
+    e.ResetClocks();
+    EXPECT_TRUE(seams.seeds.empty()) << "no seed, no reseed";
+    const std::vector<float> unseeded = draws(e, 8);
+    e.ResetClocks();
+    EXPECT_NE(draws(e, 8), unseeded) << "seed 0: the sequence runs on";
+
+    e.options.randomSeed = 4242;
+    e.ResetClocks();
+    const std::vector<float> first = draws(e, 8);
+    for (int i = 0; i < 100; ++i) e.random.next();
+    e.ResetClocks();
+    EXPECT_EQ(draws(e, 8), first);
+    EXPECT_EQ(seams.seeds, (std::vector<int32_t>{4242, 4242}));
+    e.seedRandom(4243);
+    EXPECT_NE(draws(e, 8), first) << "another seed, another sequence";
+    for (float f : first) {
+        EXPECT_GE(f, 0.0f);
+        EXPECT_LT(f, 1.0f);
+    }
+}
+
+TEST(RandomSeed, WholeNumbersCoverBothBoundsAndNothingOutside) {
+    RandomSource random;
+    random.seed(-17);
+    int low = 0, high = 0;
+    for (int i = 0; i < 20000; ++i) {
+        const int v = random.between(-3, 3);
+        ASSERT_GE(v, -3);
+        ASSERT_LE(v, 3);
+        low += v == -3;
+        high += v == 3;
+    }
+    EXPECT_GT(low, 2000);
+    EXPECT_GT(high, 2000);
+    EXPECT_EQ(random.between(5, 5), 5);
+    EXPECT_EQ(random.between(9, 2), 9);
+}

@@ -48,6 +48,31 @@ TEST(Families, EveryBuiltTypeGetsItsPanelSideBySideAndAnUnbuiltOneSaysItDoesntRu
         << "Stepper's buttons follow its menu order";
 }
 
+TEST(Families, EverySendingPanelHasItsEnableSwitchAndTheBankCaptionShowsTheBanksName) {
+    GuiHarness h;
+    const std::vector<std::string> senders{"MIDITone", "MIDIVoice", "MIDIKey", "MIDIChan", "MIDIPoly", "MIDIPBend"};
+    for (const std::string& type : senders) h.placeModule(type.c_str());
+    std::vector<std::string> names;
+    {
+        auto held = h.engine().lock();
+        h.engine().forEachModule([&](Module& m) { names.push_back(m.Name); });
+    }
+    ASSERT_EQ(names.size(), senders.size());
+    for (const std::string& name : names) {
+        auto* enable = part<QPushButton>(panel(h, name.c_str()), "opEnable");
+        ASSERT_NE(enable, nullptr) << name;
+        EXPECT_FALSE(enable->isChecked()) << name;
+        enable->click();
+        EXPECT_EQ(module(h, name.c_str()).Enabled, 0) << name << ": in disables";
+        enable->click();
+        EXPECT_NE(module(h, name.c_str()).Enabled, 0) << name << ": out enables";
+    }
+    runTicks(h);
+    auto* bank = part<QLabel>(panel(h, "1ChanOut-"), "lblBName");
+    ASSERT_NE(bank, nullptr);
+    EXPECT_EQ(bank->text(), QStringLiteral("0. General MIDI")) << "the shipped bank names are read at start";
+}
+
 TEST(Families, SwitchesMenusAndTheChainFileReachTheirModules) {
     GuiHarness h;
     h.placeModule("GHold");

@@ -2,6 +2,7 @@
 
 #include "../engine/FakeDevices.h"
 #include "../engine/Harness.h"
+#include "ModuleHarness.h"
 #include "modules/midi/ChannelOutputs.h"
 #include "modules/midi/NoteOutputs.h"
 
@@ -85,6 +86,85 @@ TEST(MIDITone, ScaleArithmeticWithTheRootCountedTwice) {
     strike(h, tone);
     EXPECT_EQ(tone.SentNote, 127) << "clamped, not dropped";
     EXPECT_EQ(tone.shownOctave, 10 + 1 + 9 + (7 + 2) / 12);
+}
+
+// Real tables, not the chromatic fallback: 128 rows, followed by the block that stands behind
+// the last row in memory (the names of a .pbt file, here all 't').
+struct TestTables {
+    std::vector<uint8_t> bytes = std::vector<uint8_t>(129 * 128, 0);
+    uint8_t* row(int t) { return bytes.data() + t * 128; }
+    TestTables() {
+        std::fill(bytes.begin() + 128 * 128, bytes.end(), uint8_t{'t'});
+        // Table 3: seven steps of a major scale, each with its own bend.
+        const uint8_t major[] = {0, 2, 4, 5, 7, 9, 11};
+        for (int i = 0; i < 7; ++i) {
+            row(3)[i] = major[i];
+            row(3)[64 + i] = static_cast<uint8_t>(1 + 4 * i);
+        }
+        row(3)[127] = 6;
+        // Table 19: nineteen equal steps an octave; the rest of each step is its bend.
+        for (int i = 0; i < 19; ++i) {
+            row(19)[i] = static_cast<uint8_t>(i * 12 / 19);
+            row(19)[64 + i] = static_cast<uint8_t>(1 + (i * 12 * 64 / 19) % 64);
+        }
+        row(19)[127] = 18;
+        // Table 64: sixty-four steps, the largest table whose steps all have a bend byte but the last.
+        for (int i = 0; i < 64; ++i) row(64)[i] = static_cast<uint8_t>(i * 12 / 64);
+        for (int i = 0; i < 63; ++i) row(64)[64 + i] = static_cast<uint8_t>(1 + (i * 12) % 64);
+        row(64)[127] = 63;
+        // Tables 0 and 127: 128 steps. Row 1 holds bytes that a read past row 0 would take.
+        for (int i = 0; i < 127; ++i) row(0)[i] = row(127)[i] = static_cast<uint8_t>(i % 12);
+        row(0)[127] = row(127)[127] = 127;
+        std::fill(row(1), row(1) + 128, uint8_t{40});
+    }
+};
+
+// Note and bend MSB of the note a MIDITone plays from table `t` for note `a` and root `r`.
+std::pair<int, int> playThrough(NoteHarness& h, MIDITone& tone, int t, int a, int r) {
+    h.connect(tone, 7, ModuleHarness::constant(t));
+    h.connect(tone, 1, ModuleHarness::constant(a));
+    h.connect(tone, 2, ModuleHarness::constant(r));
+    h.take();
+    strike(h, tone);
+    int note = -1, bend = -1;
+    for (const Bytes& m : h.take()) {
+        if (m[0] == 0xE0) bend = m[2];
+        if (m[0] == 0x90) note = m[1];
+    }
+    return {note, bend};
+}
+
+TEST(MIDITone, PlaysThroughRealTablesAndNeverReadsOutsideTheTablesRow) {
+    NoteHarness h;
+    TestTables tables;
+    h.engine->setToneTables(tables.bytes.data());
+    auto& tone = static_cast<MIDITone&>(h.add("MIDITone"));
+
+    // Seven steps: note 17 is step 3 in the third octave of the scale.
+    EXPECT_EQ(playThrough(h, tone, 3, 17, 0), std::make_pair(29, 76));
+    EXPECT_EQ(tone.shownStep, 3);
+    EXPECT_EQ(tone.shownOctave, 2);
+    EXPECT_EQ(tone.shownBend, 13) << "shown raw, without the 63";
+    // A root of 9 is step 2 and one octave of the scale, and enters whole as well.
+    EXPECT_EQ(playThrough(h, tone, 3, 17, 9), std::make_pair(36 + 9 + 5, 76));
+    EXPECT_EQ(tone.shownStep, 5);
+    EXPECT_EQ(tone.shownOctave, 3);
+
+    // Nineteen steps: note 43 is step 5 of the third octave, 3 semitones and a bend of 10.
+    EXPECT_EQ(playThrough(h, tone, 19, 43, 0), std::make_pair(27, 11 + 63));
+    EXPECT_EQ(playThrough(h, tone, 19, 18, 0), std::make_pair(11, 24 + 63));
+
+    // Sixty-four steps: step 62 has the last bend byte; step 63 reads the step count.
+    EXPECT_EQ(playThrough(h, tone, 64, 62, 0), std::make_pair(11, 41 + 63));
+    EXPECT_EQ(playThrough(h, tone, 64, 126, 0), std::make_pair(12 + 11, 41 + 63));
+    EXPECT_EQ(playThrough(h, tone, 64, 63, 0), std::make_pair(11, 63 + 63));
+
+    // 128 steps: steps from 64 on have no bend byte in the row and play unbent.
+    EXPECT_EQ(playThrough(h, tone, 0, 5, 0), std::make_pair(5, 69 % 12 + 63)) << "byte 69 bends step 5";
+    EXPECT_EQ(playThrough(h, tone, 0, 70, 0), std::make_pair(70 % 12, 64)) << "not row 1's byte 6";
+    EXPECT_EQ(playThrough(h, tone, 127, 70, 0), std::make_pair(70 % 12, 64)) << "not the block behind the rows";
+    EXPECT_EQ(playThrough(h, tone, 127, 127, 0), std::make_pair(127, 64));
+    EXPECT_EQ(tone.shownBend, 1);
 }
 
 TEST(MIDITone, ZeroVelocitySendsNeitherNoteOnNorTheNoteOffAfterIt) {
@@ -251,4 +331,50 @@ TEST(NoteModules, ChannelAndSwitchesRoundTripThroughTheRecordBytes) {
     EXPECT_EQ(copy.channelCaption(), "6 C");
     EXPECT_TRUE(copy.legato);
     EXPECT_TRUE(copy.stripOctaves);
+}
+
+namespace {
+class TrackSink final : public MidiFileSink {
+public:
+    void begin(int) override { events.clear(); }
+    void add(int track, uint32_t, std::span<const uint8_t> bytes) override { events.emplace_back(track, Bytes(bytes.begin(), bytes.end())); }
+    bool save(const std::string&, std::span<const int> tracks, std::string&) override {
+        saved.assign(tracks.begin(), tracks.end());
+        return true;
+    }
+    std::vector<std::pair<int, Bytes>> events;
+    std::vector<int> saved;
+};
+}  // namespace
+
+TEST(Recording, EachSenderHasItsTracksAndOnlyUsedTracksAreSaved) {
+    NoteHarness h;
+    TrackSink sink;
+    h.engine->ports.setRecordSink(&sink);
+    auto& tone = static_cast<MIDITone&>(h.add("MIDITone"));
+    auto& key = static_cast<MIDIKey&>(h.add("MIDIKey"));
+    auto& silent = static_cast<MIDIVoice&>(h.add("MIDIVoice"));
+    silent.Enabled = 0;
+    auto& bend = static_cast<ChannelModule&>(h.add("MIDIPBend"));
+    EXPECT_NE(tone.NoteTrack, tone.ControlTrack) << "MIDITone records notes and controllers apart";
+    EXPECT_NE(silent.NoteTrack, silent.ControlTrack);
+    EXPECT_EQ(key.NoteTrack, key.ControlTrack) << "MIDIKey has one track";
+    key.setChanPort(*h.engine, 1);
+
+    h.engine->ports.setRecording(true);
+    h.engine->setRun(true);
+    h.ticks(1);
+    strike(h, tone);
+    strike(h, key);
+    std::string error;
+    ASSERT_TRUE(h.engine->ports.SaveMidiFile("take.mid", error));
+    EXPECT_EQ(sink.saved, (std::vector<int>{tone.ControlTrack + 1, tone.NoteTrack + 1, key.ControlTrack + 1, bend.ControlTrack + 1}));
+    int keyNotes = 0;
+    for (const auto& [track, bytes] : sink.events) {
+        if (track == key.ControlTrack + 1 && (bytes[0] & 0xF0) == 0x90) ++keyNotes;
+        if ((bytes[0] & 0xF0) == 0x90 && (bytes[0] & 15) == tone.ChanPort) {
+            EXPECT_EQ(track, tone.NoteTrack + 1);
+        }
+    }
+    EXPECT_EQ(keyNotes, 1);
 }

@@ -15,6 +15,7 @@ namespace fs = std::filesystem;
 namespace {
 
 using Bytes = std::vector<uint8_t>;
+constexpr int kTrackOne[] = {1};
 
 class MidiFile : public ::testing::Test {
 protected:
@@ -41,12 +42,14 @@ protected:
 TEST_F(MidiFile, ReadsBackWithMetaEventsTracksAndDeltas) {
     writer.begin(120);
     add(1, 0, {0x90, 60, 100});
-    add(3, 40, {0xC1, 5});  // track 2 skipped: it stays, empty
+    add(3, 40, {0xC1, 5});
+    add(2, 0, {0xB1, 7, 1});  // a track that isn't asked for stays out of the file
     add(1, 20, {0x80, 60, 0});
     add(1, 0, {0x90, 62, 90});
     add(3, 480, {0xE1, 0, 64});
     std::string error;
-    ASSERT_TRUE(writer.save((folder / "take.mid").string(), error)) << error;
+    const int tracks[] = {1, 3, 4};  // 4 was never added to: an empty track
+    ASSERT_TRUE(writer.save((folder / "take.mid").string(), tracks, error)) << error;
 
     const auto file = readMidiFile((folder / "take.mid").string());
     ASSERT_TRUE(file);
@@ -70,9 +73,9 @@ TEST_F(MidiFile, ReadsBackWithMetaEventsTracksAndDeltas) {
     EXPECT_EQ(one[2].delta, 0u);
     EXPECT_EQ(one[2].absolute, 20u);
 
-    EXPECT_EQ(file->tracks[2].size(), 1u);  // end of track only
+    EXPECT_EQ(file->tracks[3].size(), 1u);  // end of track only
 
-    const auto& three = file->tracks[3];
+    const auto& three = file->tracks[2];
     ASSERT_EQ(three.size(), 3u);
     EXPECT_EQ(three[0].bytes, (Bytes{0xC1, 5}));
     EXPECT_EQ(three[0].absolute, 40u);
@@ -88,7 +91,7 @@ TEST_F(MidiFile, TempoIsMicrosecondsAQuarterAndBeginStartsAFreshFile) {
     add(1, 5, {249});   // not a channel message: not recorded
     add(1, 5, {0x90});  // too short
     std::string error;
-    ASSERT_TRUE(writer.save((folder / "tempo.mid").string(), error)) << error;
+    ASSERT_TRUE(writer.save((folder / "tempo.mid").string(), kTrackOne, error)) << error;
     const auto file = readMidiFile((folder / "tempo.mid").string());
     ASSERT_TRUE(file);
     ASSERT_EQ(file->tracks.size(), 2u);
@@ -105,7 +108,7 @@ TEST_F(MidiFile, SavingOverAFileReplacesItWholeAndLeavesNoTemporaryFile) {
     writer.begin(120);
     add(1, 0, {0x90, 60, 100});
     std::string error;
-    ASSERT_TRUE(writer.save(path.string(), error)) << error;
+    ASSERT_TRUE(writer.save(path.string(), kTrackOne, error)) << error;
     EXPECT_LT(fs::file_size(path), 200u);
     EXPECT_TRUE(readMidiFile(path.string()));
     EXPECT_EQ(filesIn(folder), 1u);
@@ -123,7 +126,7 @@ TEST_F(MidiFile, AFailedSaveLeavesNoFileNamesItAndKeepsTheOldOne) {
     if (::access(locked.c_str(), W_OK) == 0) locked = "/sys";
     const std::string target = (locked / "take.mid").string();
     std::string error;
-    EXPECT_FALSE(writer.save(target, error));
+    EXPECT_FALSE(writer.save(target, kTrackOne, error));
     EXPECT_NE(error.find(target), std::string::npos) << error;
     EXPECT_FALSE(fs::exists(target));
 
@@ -132,7 +135,7 @@ TEST_F(MidiFile, AFailedSaveLeavesNoFileNamesItAndKeepsTheOldOne) {
     const fs::path taken = folder / "taken.mid";
     fs::create_directories(taken / "inside");
     error.clear();
-    EXPECT_FALSE(writer.save(taken.string(), error));
+    EXPECT_FALSE(writer.save(taken.string(), kTrackOne, error));
     EXPECT_NE(error.find(taken.string()), std::string::npos) << error;
     EXPECT_TRUE(fs::is_directory(taken / "inside"));
     EXPECT_EQ(filesIn(folder), 2u);  // "locked" and "taken.mid"

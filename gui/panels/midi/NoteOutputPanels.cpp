@@ -1,5 +1,6 @@
-// Panels of the sending MIDI modules. Each has the channel button; the note modules add the
-// Clock/Legato switch, the shown note and the program; MIDITone its four info boxes.
+// Panels of the sending MIDI modules. Each has the channel button and the enable switch; the
+// note modules add the Clock/Legato switch, the shown note and the program; MIDITone its four
+// info boxes.
 
 #include "engine/Engine.h"
 #include "gui/panels/PanelSpec.h"
@@ -55,6 +56,7 @@ PanelSpec sender(int columns) {
     spec.inputColumns = columns;
     spec.askBeforeDelete = true;
     spec.controls.push_back(channelButton());
+    spec.controls.push_back(enableSwitch());  // off: all sending stops, a sounding note stays on
     return spec;
 }
 

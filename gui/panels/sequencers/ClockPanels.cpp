@@ -44,22 +44,10 @@ void addClockPanels(const PanelAdder& add) {
         }));
     add("GHold", std::move(ghold));
 
-    // The switch is in while the module is disabled: its Enabled is the switch's inverse.
     PanelSpec tempo;
     tempo.inputColumns = 4;
-    ControlSpec enable = switchControl(
-        "opEnable", QStringLiteral("Enable"), text(Tempox::kEnableTip),
-        [](const Module& m) {
-            Shown s;
-            s.on = m.Enabled == 0;
-            return s;
-        },
-        [](Module& m, Engine& e, const Gesture& g) {
-            m.Enabled = g.number != 0 ? int16_t{0} : int16_t{-1};
-            m.viewChanged = true;
-            e.MarkPatchChanged(true);
-        });
-    enable.enableColours = true;
+    ControlSpec enable = enableSwitch();
+    enable.tip = text(Tempox::kEnableTip);
     tempo.controls = {
         std::move(enable),
         valueBox("bxTempo", QStringLiteral("Tempo"), [](const Module& m) { return Shown::ofNumber(as<Tempox>(m).shownTempo); }),
