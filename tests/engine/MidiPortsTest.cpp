@@ -415,7 +415,7 @@ TEST(Recording, DeltasCountTicksSinceTheTracksLastMessageInFileTicks) {
 TEST(InputWhileBusy, InputRunsAsTheEngineComesFreeAndNotAtTheNextTick) {
     PortHarness h;
     Module& reader = h.add("Unity");
-    reader.Priority = priority::MidiInput;
+    reader.setPriority(priority::MidiInput);
     h.engine->ports.setTrigger(trigger::NoteOn, true);
     h.engine->StartTimers();
     const uint64_t ticks = h.engine->ticksRun();

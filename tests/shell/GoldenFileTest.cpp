@@ -123,7 +123,7 @@ TEST(GoldenFile, AHandBuiltPatchLoadsWithEveryHeaderFieldInPlace) {
     EXPECT_EQ(div->Page, 3);
     EXPECT_EQ(div->Top, 480);
     EXPECT_EQ(div->Left, 1200);
-    EXPECT_EQ(div->Priority, priority::Default);
+    EXPECT_EQ(div->priority(), priority::Default);
     ModuleTypeSlot& polys = e.typeSlot(*typeIdByName("MIDIPoly"));
     ASSERT_EQ(polys.SaveCount(), 1u) << "the count of a type past slot 128 stands in the high block";
     const auto& poly = static_cast<const MIDIPoly&>(*polys.at(0));
