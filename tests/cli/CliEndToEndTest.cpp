@@ -150,3 +150,19 @@ TEST(DemoPatch, TheShippedFileIsWhatItsGeneratorMakes) {
     EXPECT_EQ(readBytes(dir.file("demo.qmp")), readBytes(kDemo))
         << "run `cmake --build build --target demo_patch` after changing the demo or the format";
 }
+
+TEST(Cli, TypesListsTheWholeCatalogueAndWhatRuns) {
+    const Result json = cli("types --json");
+    ASSERT_EQ(json.status, 0) << json.out;
+    EXPECT_EQ(static_cast<size_t>(std::count(json.out.begin(), json.out.end(), '{')), allTypes().size());
+    EXPECT_NE(json.out.find(R"({"type": "Div", "id": )"), std::string::npos);
+    EXPECT_NE(json.out.find(R"("group": "Math", "caption": "Divide", "built": true, "inputs": ["Numerator", "Divisor"]})"),
+              std::string::npos)
+        << json.out.substr(0, 400);
+    const Result text = cli("types");
+    ASSERT_EQ(text.status, 0);
+    size_t built = 0;
+    for (const TypeInfo& info : allTypes()) built += builtTypes().isBuilt(info.id) ? 1 : 0;
+    EXPECT_NE(text.out.find(std::to_string(built) + " of " + std::to_string(allTypes().size()) + " types run."),
+              std::string::npos);
+}
