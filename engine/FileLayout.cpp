@@ -256,46 +256,48 @@ std::vector<LayoutToken> parseLayout(std::string_view layout) {
 }
 
 namespace {
-
 constexpr size_t kHeadBytes = 18;  // ... and Top, Left
+}  // namespace
 
-void copyRecord(ByteReader& in, ByteWriter& out, const std::vector<LayoutToken>& layout) {
+// Strings, arrays and blocks are passed over by their lengths; nothing is copied.
+void skipRecord(ByteReader& in, const std::vector<LayoutToken>& layout) {
     for (const LayoutToken& t : layout) {
         switch (t.kind) {
             case LayoutToken::Kind::Head:
-                out.raw(in.raw(kHeadBytes));
-                out.str(in.str());
+                in.skip(kHeadBytes);
+                in.skip(in.u16());
                 break;
             case LayoutToken::Kind::Strings:
-                for (uint32_t i = 0; i < t.count; ++i) out.str(in.str());
+                for (uint32_t i = 0; i < t.count; ++i) in.skip(in.u16());
                 break;
-            case LayoutToken::Kind::Bytes: out.raw(in.raw(t.count)); break;
-            case LayoutToken::Kind::FixedStrings: out.raw(in.raw(size_t{t.count} * t.size)); break;
+            case LayoutToken::Kind::Bytes: in.skip(t.count); break;
+            case LayoutToken::Kind::FixedStrings: in.skip(size_t{t.count} * t.size); break;
             case LayoutToken::Kind::Dynamic: {
                 const uint16_t dims = in.u16();
-                out.u16(dims);
-                uint64_t elements = dims == 0 ? 0 : 1;
+                // Counted in bytes, saturating: a product too large for 64 bits stays too large.
+                uint64_t arrayBytes = dims == 0 ? 0 : t.size;
                 for (uint16_t d = 0; d < dims; ++d) {
                     const auto count = static_cast<uint32_t>(in.i32());
-                    const int32_t lowerBound = in.i32();
-                    out.i32(static_cast<int32_t>(count));
-                    out.i32(lowerBound);
-                    elements *= count;
+                    in.skip(4);  // lower bound
+                    arrayBytes = count != 0 && arrayBytes > UINT64_MAX / count ? UINT64_MAX : arrayBytes * count;
                 }
-                if (elements * t.size > in.remaining()) throw RecordFormatError("array runs past the end");
-                out.raw(in.raw(static_cast<size_t>(elements * t.size)));
+                if (arrayBytes > in.remaining()) throw RecordFormatError("array runs past the end");
+                in.skip(static_cast<size_t>(arrayBytes));
                 break;
             }
         }
     }
 }
 
-}  // namespace
+std::span<const uint8_t> recordSpan(ByteReader& in, const std::vector<LayoutToken>& layout) {
+    const size_t start = in.position();
+    skipRecord(in, layout);
+    return {in.data() + start, in.position() - start};
+}
 
 std::vector<uint8_t> readRecordBytes(ByteReader& in, const std::vector<LayoutToken>& layout) {
-    ByteWriter out;
-    copyRecord(in, out, layout);
-    return out.bytes();
+    const std::span<const uint8_t> record = recordSpan(in, layout);
+    return {record.begin(), record.end()};
 }
 
 std::vector<uint8_t> blankRecordBytes(const std::vector<LayoutToken>& layout) {

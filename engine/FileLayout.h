@@ -41,6 +41,10 @@ std::vector<LayoutToken> parseLayout(std::string_view layout);
 
 // Reads one record of a layout, whatever its content, and returns its bytes.
 std::vector<uint8_t> readRecordBytes(ByteReader& in, const std::vector<LayoutToken>& layout);
+// The same record's bytes where they stand (valid as long as the reader's data).
+std::span<const uint8_t> recordSpan(ByteReader& in, const std::vector<LayoutToken>& layout);
+// Passes over one record; throws RecordFormatError where it doesn't parse.
+void skipRecord(ByteReader& in, const std::vector<LayoutToken>& layout);
 // A free slot's record: zero words, empty strings, blank fixed strings, empty arrays.
 std::vector<uint8_t> blankRecordBytes(const std::vector<LayoutToken>& layout);
 

@@ -2,7 +2,9 @@
 // Little-endian, packed bytes of a record as the module file stores them. Strings are
 // Windows-1252 on disk and UTF-8 in memory: str() and fixed() convert.
 
+#include <algorithm>
 #include <cstdint>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -38,17 +40,22 @@ public:
     }
     // A variable string already in Windows-1252.
     void rawStr(std::string_view bytes) {
-        u16(static_cast<uint16_t>(bytes.size()));
-        bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+        const size_t at = bytes_.size();
+        bytes_.resize(at + 2 + bytes.size());
+        bytes_[at] = static_cast<uint8_t>(bytes.size() & 0xFF);
+        bytes_[at + 1] = static_cast<uint8_t>(bytes.size() >> 8);
+        std::copy(bytes.begin(), bytes.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(at + 2));
     }
     // A fixed string of exactly n bytes, padded with blanks (cut when longer).
     void fixed(std::string_view text, size_t n) {
         const std::string s = utf8ToCp1252(text);
         for (size_t i = 0; i < n; ++i) u8(i < s.size() ? static_cast<uint8_t>(s[i]) : uint8_t{' '});
     }
-    void raw(const std::vector<uint8_t>& block) { bytes_.insert(bytes_.end(), block.begin(), block.end()); }
+    void raw(std::span<const uint8_t> block) { bytes_.insert(bytes_.end(), block.begin(), block.end()); }
+    void reserve(size_t n) { bytes_.reserve(n); }
 
     const std::vector<uint8_t>& bytes() const { return bytes_; }
+    std::vector<uint8_t> take() { return std::move(bytes_); }
     size_t size() const { return bytes_.size(); }
 
 private:
@@ -103,6 +110,11 @@ public:
         return block;
     }
 
+    void skip(size_t n) {
+        need(n);
+        pos_ += n;
+    }
+    const uint8_t* data() const { return data_; }
     size_t position() const { return pos_; }
     size_t remaining() const { return size_ - pos_; }
 

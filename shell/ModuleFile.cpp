@@ -78,28 +78,28 @@ std::vector<uint8_t> placeholderRecord(const Module& m, const std::vector<Layout
 }
 
 // Reads one record's bytes into `m`, a blank record of its type.
-void readModule(Module& m, OutputNames& names, std::vector<uint8_t> record, const std::vector<LayoutToken>& layout) {
+void readModule(Module& m, OutputNames& names, std::span<const uint8_t> record, const std::vector<LayoutToken>& layout) {
     if (m.isPlaceholder()) {
         auto& p = static_cast<PlaceholderModule&>(m);
-        p.record = std::move(record);
+        p.record.assign(record.begin(), record.end());
         readPlaceholderHead(p, layout);
         return;
     }
-    ByteReader in(record);
+    ByteReader in(record.data(), record.size());
     readHead(in, m);
     m.readBody(in, names);
     if (in.remaining() != 0) throw RecordFormatError("record longer than its type reads");
 }
 
-std::vector<uint8_t> writeModule(const Module& m, const OutputNames& names, const std::vector<LayoutToken>& layout) {
+// Appends one record to `out`.
+void writeModule(ByteWriter& out, const Module& m, const OutputNames& names, const std::vector<LayoutToken>& layout) {
     if (m.isPlaceholder()) {
         const auto& p = static_cast<const PlaceholderModule&>(m);
-        return p.record.empty() ? placeholderRecord(m, layout) : p.record;
+        out.raw(p.record.empty() ? placeholderRecord(m, layout) : p.record);
+        return;
     }
-    ByteWriter out;
     writeHead(out, m);
     m.writeBody(out, names);
-    return out.bytes();
 }
 
 bool readWholeFile(const std::string& path, std::vector<uint8_t>& bytes) {
@@ -181,7 +181,7 @@ bool Session::LoadModuleFile(const std::string& path, std::string& error) {
             }
             const ModuleTypeId type = *typeIdByName(slot.type);
             for (int16_t i = 0; i < count; ++i)
-                readModule(engine.loadRecord(type), engine.names, readRecordBytes(in, layout), layout);
+                readModule(engine.loadRecord(type), engine.names, recordSpan(in, layout), layout);
             engine.restoreInstances(type);
         }
     } catch (const RecordFormatError&) {
@@ -227,7 +227,10 @@ bool Session::SaveModuleFile(const std::string& path, std::string& error) {
     header.absClock0 = static_cast<int16_t>(engine.options.absClockA);
     header.absClock1 = static_cast<int16_t>(engine.options.absClockB);
 
-    std::vector<uint8_t> records;
+    // The records after the header, each checked against its layout where it was written.
+    ByteWriter out;
+    out.reserve(lastSaveBytes_);  // a patch saved again is mostly as long as it was
+    out.raw(FileHeader{}.write());
     for (const FileSlot& slot : fileOrder()) {
         header.typeCounts[static_cast<size_t>(slot.k)] = 0;
         if (slot.retired()) continue;
@@ -236,19 +239,25 @@ bool Session::SaveModuleFile(const std::string& path, std::string& error) {
         header.typeCounts[static_cast<size_t>(slot.k)] = static_cast<int16_t>(count);
         const std::vector<LayoutToken> layout = parseLayout(slot.layout);
         for (size_t i = 0; i < count; ++i) {
-            const Module& m = *type.at(static_cast<int16_t>(i));
-            const std::vector<uint8_t> record = writeModule(m, engine.names, layout);
-            ByteReader check(record);
-            if (readRecordBytes(check, layout).size() != record.size() || check.remaining() != 0) {
+            const size_t start = out.size();
+            writeModule(out, *type.at(static_cast<int16_t>(i)), engine.names, layout);
+            ByteReader check(out.bytes().data() + start, out.size() - start);
+            bool fits = false;
+            try {
+                skipRecord(check, layout);
+                fits = check.remaining() == 0;
+            } catch (const RecordFormatError&) {
+            }
+            if (!fits) {
                 error = saveError(path, "a " + std::string(slot.type) + " record doesn't fit its layout");
                 return false;
             }
-            records.insert(records.end(), record.begin(), record.end());
         }
     }
-
-    std::vector<uint8_t> bytes = header.write();
-    bytes.insert(bytes.end(), records.begin(), records.end());
+    lastSaveBytes_ = out.size();
+    std::vector<uint8_t> bytes = out.take();
+    const std::vector<uint8_t> head = header.write();
+    std::copy(head.begin(), head.end(), bytes.begin());
     // A shorter patch saved over a longer file leaves the old tail behind it, unread.
     appendOldTail(path, bytes);
 

@@ -84,6 +84,7 @@ private:
     void resetComposerList();
     TimerId chainTimer_ = -1;
     bool ownToneTables_ = false;
+    size_t lastSaveBytes_ = 0;  // the length of the last save, to make room at once
 };
 
 }  // namespace quillmer
