@@ -224,9 +224,9 @@ size_t instanceSlots(Engine& engine, ModuleTypeId type);
 
 template <size_t W, size_t MasterBytes>
 bool TapModule<W, MasterBytes>::mastersGrew(Engine& engine) {
-    const size_t slots = instanceSlots(engine, masterType_);
-    if (slots == seenSlots_) return false;
-    seenSlots_ = slots;
+    const size_t count = instanceSlots(engine, masterType_);
+    if (count == seenSlots_) return false;
+    seenSlots_ = count;
     return true;
 }
 
