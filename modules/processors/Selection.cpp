@@ -72,7 +72,10 @@ void Selct::update(Engine&) {
 SelOut::SelOut() : TapModule<2, 1>(kSelOutId, kSelctId, {}) {}
 
 std::string SelOut::channelName(int row) {
-    return row < Selct::kChannels ? std::to_string(row + 1) : "m" + std::to_string(row - Selct::kChannels);
+    if (row < Selct::kChannels) return std::to_string(row + 1);
+    std::string name(1, 'm');
+    name += std::to_string(row - Selct::kChannels);
+    return name;
 }
 
 void SelOut::update(Engine& engine) {

@@ -51,9 +51,8 @@ void addArithmeticPanels(const PanelAdder& add) {
 
     PanelSpec mixer = plain(4);
     for (int k = 0; k < 4; ++k) {
-        const std::string name = "sVal_" + std::to_string(k);
         ControlSpec slider = settingUpDown<Mixer>("", MixerOp::kInputs[k].tip, k, false, 0, MixerOp::kSliderMax);
-        slider.objectName = QString::fromStdString(name);
+        slider.objectName = QStringLiteral("sVal_%1").arg(k);
         slider.newRow = k == 0;
         mixer.controls.push_back(std::move(slider));
     }

@@ -82,7 +82,6 @@ template <class T>
 std::vector<ControlSpec> bitButtons(std::string_view tip) {
     std::vector<ControlSpec> buttons;
     for (int b = 6; b >= 0; --b) {
-        const std::string name = "Check1_" + std::to_string(b);
         ControlSpec sw = switchControl(
             "", QString::number(1 << b), text(tip), [b](const Module& m) { return Shown::ofOn(as<T>(m).bit(0, b)); },
             [b](Module& m, Engine& e, const Gesture&) {
@@ -90,7 +89,7 @@ std::vector<ControlSpec> bitButtons(std::string_view tip) {
                 e.MarkPatchChanged(true);
             },
             360);
-        sw.objectName = QString::fromStdString(name);
+        sw.objectName = QStringLiteral("Check1_%1").arg(b);
         sw.newRow = b == 6;
         buttons.push_back(std::move(sw));
     }
