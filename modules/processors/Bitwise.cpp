@@ -33,7 +33,7 @@ const std::array<uint8_t, 128> TestMasks = [] {
     return t;
 }();
 
-Result ShiftOp::compute(std::span<const int> in, const std::array<uint8_t, 2>& settings) {
+Computed ShiftOp::compute(std::span<const int> in, const std::array<uint8_t, 2>& settings) {
     const auto v = static_cast<uint8_t>(in[0]);
     const int n = in[1];
     const bool left = settings[kLeft] != 0;
@@ -42,7 +42,7 @@ Result ShiftOp::compute(std::span<const int> in, const std::array<uint8_t, 2>& s
         r = left ? rotateLeftByte(v, n) : rotateRightByte(v, n);
     else
         r = left ? shiftLeftByte(v, n) : shiftRightByte(v, n);
-    return Result{clampBus(r)};
+    return Computed{clampBus(r)};
 }
 
 // --- Bits ---

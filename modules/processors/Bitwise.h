@@ -31,8 +31,8 @@ struct InvertOp {
         {" In", "Value to be XORd with button bits", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 1;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 1>& settings) {
-        return Result{(in[0] ^ settings[0]) & 127};
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 1>& settings) {
+        return Computed{(in[0] ^ settings[0]) & 127};
     }
 };
 using Invert = Pure<InvertOp>;
@@ -46,8 +46,8 @@ struct MaskOp {
     static constexpr std::string_view kBitTip = "bits set allow input bits to pass (ANDed with input)";
     static constexpr size_t kSettingBytes = 1;
     static constexpr std::array<uint8_t, 1> kInitial{127};
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 1>& settings) {
-        return Result{in[0] & settings[0] & 127};
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 1>& settings) {
+        return Computed{in[0] & settings[0] & 127};
     }
 };
 using Mask = Pure<MaskOp>;
@@ -65,7 +65,7 @@ struct ShiftOp {
     static constexpr size_t kSettingBytes = 2;
     static constexpr int kLeft = 0;
     static constexpr int kRotate = 1;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 2>& settings);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 2>& settings);
 };
 using Shift = Pure<ShiftOp>;
 
@@ -76,7 +76,7 @@ struct LogiANDOp {
         {" And", "Value to be ANDed", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&) { return Result{in[0] & in[1]}; }
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&) { return Computed{in[0] & in[1]}; }
 };
 using LogiAND = Pure<LogiANDOp>;
 
@@ -88,8 +88,8 @@ struct LogiOROp {
         {" Or", "Value to be ORd", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
-        return Result{in[0] | in[1] | in[2]};
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
+        return Computed{in[0] | in[1] | in[2]};
     }
 };
 using LogiOR = Pure<LogiOROp>;
@@ -101,7 +101,7 @@ struct LogiXOROp {
         {" Xor", "Value to be XORd", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&) { return Result{in[0] ^ in[1]}; }
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&) { return Computed{in[0] ^ in[1]}; }
 };
 using LogiXOR = Pure<LogiXOROp>;
 
@@ -112,8 +112,8 @@ struct LogiEQ0Op {
         {" In", "NZ sends 0 to output; 0 sends 127 to output", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
-        return in[0] == 0 ? Result{kStrobe, true} : Result{0, false};
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
+        return in[0] == 0 ? Computed{kStrobe, true} : Computed{0, false};
     }
 };
 using LogiEQ0 = Pure<LogiEQ0Op>;
@@ -125,8 +125,8 @@ struct LogiNE0Op {
         {" In", "Nz sends 127 to output; 0 sends 0 to output", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
-        return in[0] > 0 ? Result{kStrobe, true} : Result{0, false};
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
+        return in[0] > 0 ? Computed{kStrobe, true} : Computed{0, false};
     }
 };
 using LogiNE0 = Pure<LogiNE0Op>;

@@ -111,7 +111,7 @@ private:
 };
 
 // What a pure type computes from its inputs and settings.
-struct Result {
+struct Computed {
     int value = 0;
     bool over = false;  // the overflow light
     bool hold = false;  // leave the output as it is
@@ -119,7 +119,7 @@ struct Result {
 
 // A type whose output is a pure function of its inputs and settings: one row of data (Op)
 // per type. Op gives kType, kInputs, kSettingBytes, optionally kInitial, and
-//   static Result compute(std::span<const int> in, const Bytes& settings).
+//   static Computed compute(std::span<const int> in, const Bytes& settings).
 template <class Op>
 class Pure final : public SettingsModule<Op::kSettingBytes> {
     using Base = SettingsModule<Op::kSettingBytes>;
@@ -147,7 +147,7 @@ public:
             if (this->sameInputsAsLastUpdate(kCount)) return;
         std::array<int, kCount> values;
         for (int k = 0; k < kCount; ++k) values[static_cast<size_t>(k)] = this->in(k);
-        const Result r = Op::compute(values, this->settingBytes());
+        const Computed r = Op::compute(values, this->settingBytes());
         if (!r.hold) this->setOutput(r.value);
         if (r.over != over_) {
             over_ = r.over;

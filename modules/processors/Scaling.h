@@ -20,7 +20,7 @@ struct ScalerOp {
         {" Offset", "Offset: amount to add  to adjusted input", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&);
 };
 using Scaler = Pure<ScalerOp>;
 
@@ -39,7 +39,7 @@ struct LevelOp {
     static constexpr int kLevelMax = 200;
     static constexpr int kOffsetMax = 127;
     static constexpr std::array<uint8_t, 4> kInitial{100, 0, 0, 0};
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 4>& settings);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 4>& settings);
 };
 using Level = Pure<LevelOp>;
 
@@ -52,7 +52,7 @@ struct OctaveOp {
         {" Offset", "Offset: amount to add  to adjusted input", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&);
 };
 using Octave = Pure<OctaveOp>;
 
@@ -65,7 +65,7 @@ struct BoundsOp {
         {" Upper", "Upper limit", sysbus::On},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&);
 };
 using Bounds = Pure<BoundsOp>;
 
@@ -84,7 +84,7 @@ struct MixerOp {
     static constexpr int kMix = 4;
     static constexpr int kSliderMax = 100;
     static constexpr std::array<uint8_t, 5> kInitial{100, 100, 100, 100, 100};
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 5>& settings);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 5>& settings);
 };
 using Mixer = Pure<MixerOp>;
 
@@ -94,7 +94,7 @@ struct UnityOp {
         {" In", "Value goes to output unchanged", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&) { return Result{in[0]}; }
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&) { return Computed{in[0]}; }
 };
 using Unity = Pure<UnityOp>;
 

@@ -9,37 +9,37 @@ const ModuleTypeId kMinusId = *typeIdByName("Minus");
 const ModuleTypeId kCarryId = *typeIdByName("Carry");
 
 // A result kept to the bus range, the light on when it had to be.
-Result limited(int v) { return Result{clampBus(v), v > 127 || v < 0}; }
+Computed limited(int v) { return Computed{clampBus(v), v > 127 || v < 0}; }
 }  // namespace
 
-Result AddOp::compute(std::span<const int> in, const std::array<uint8_t, 0>&) { return limited(in[0] + in[1] + in[2]); }
+Computed AddOp::compute(std::span<const int> in, const std::array<uint8_t, 0>&) { return limited(in[0] + in[1] + in[2]); }
 
-Result Add2Op::compute(std::span<const int> in, const std::array<uint8_t, 0>&) { return limited(in[0] + in[1]); }
+Computed Add2Op::compute(std::span<const int> in, const std::array<uint8_t, 0>&) { return limited(in[0] + in[1]); }
 
-Result AddDivOp::compute(std::span<const int> in, const std::array<uint8_t, 2>& settings) {
+Computed AddDivOp::compute(std::span<const int> in, const std::array<uint8_t, 2>& settings) {
     const bool negate = (settings[0] | settings[1]) != 0;
     const int sum = in[0] + in[1] + (negate ? -in[2] : in[2]);
     return limited(sum / (in[3] == 0 ? 1 : in[3]));  // truncates toward 0
 }
 
-Result MultOp::compute(std::span<const int> in, const std::array<uint8_t, 0>&) { return limited(in[0] * in[1]); }
+Computed MultOp::compute(std::span<const int> in, const std::array<uint8_t, 0>&) { return limited(in[0] * in[1]); }
 
-Result MulAddOp::compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
+Computed MulAddOp::compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
     return limited(in[0] * in[1] + in[2]);
 }
 
-Result MulDivOp::compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
+Computed MulDivOp::compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
     const int divisor = in[2] == 0 ? 1 : in[2];
     return limited(roundToInt(static_cast<double>(in[0] * in[1]) / divisor));
 }
 
-Result ModuOp::compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
-    if (in[1] == 0) return Result{0, false, true};
-    return Result{in[0] % in[1]};
+Computed ModuOp::compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
+    if (in[1] == 0) return Computed{0, false, true};
+    return Computed{in[0] % in[1]};
 }
 
-Result PercentOp::compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
-    return Result{clampBus(in[0] * in[1] / 100)};
+Computed PercentOp::compute(std::span<const int> in, const std::array<uint8_t, 0>&) {
+    return Computed{clampBus(in[0] * in[1] / 100)};
 }
 
 // --- Minus ---

@@ -21,7 +21,7 @@ struct AddOp {
         {" Add", "Value to be added", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&);
 };
 using Add = Pure<AddOp>;
 
@@ -32,7 +32,7 @@ struct Add2Op {
         {" Add", "Value to be added", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&);
 };
 using Add2 = Pure<Add2Op>;
 
@@ -48,7 +48,7 @@ struct AddDivOp {
     static constexpr std::string_view kNegateTip = "Check to subtract; uncheck to add";
     static constexpr size_t kSettingBytes = 2;
     static constexpr int kNegate = 0;  // word
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 2>& settings);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 2>& settings);
 };
 using AddDiv = Pure<AddDivOp>;
 
@@ -59,7 +59,7 @@ struct MultOp {
         {" Mult", "Value to be multiplied", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&);
 };
 using Mult = Pure<MultOp>;
 
@@ -71,7 +71,7 @@ struct MulAddOp {
         {" Add", "Value to add to product", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&);
 };
 using MulAdd = Pure<MulAddOp>;
 
@@ -83,7 +83,7 @@ struct MulDivOp {
         {" Divide", "Value to divide product by", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&);
 };
 using MulDiv = Pure<MulDivOp>;
 
@@ -95,7 +95,7 @@ struct ModuOp {
         {" Divisor", "divisor: output is remainder, range of 0 to 1 less than this value", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&);
 };
 using Modu = Pure<ModuOp>;
 
@@ -106,7 +106,7 @@ struct PercentOp {
         {" Percent", "Percent of input to go to output", sysbus::Off},
     };
     static constexpr size_t kSettingBytes = 0;
-    static Result compute(std::span<const int> in, const std::array<uint8_t, 0>&);
+    static Computed compute(std::span<const int> in, const std::array<uint8_t, 0>&);
 };
 using Percent = Pure<PercentOp>;
 
