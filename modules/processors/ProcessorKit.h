@@ -182,23 +182,28 @@ std::vector<MasterChoice> placedInstances(Engine& engine, ModuleTypeId type);
 Module* placedInstance(Engine& engine, ModuleTypeId type, int index);
 
 // A tap's master: stored as instance index + 1 (0 is none), so a blank record follows
-// nothing and the choice survives save, load and renumbered bus ids. `Width` is the bytes
-// the record gives it per snapshot (1 or 2), at offset 0 of the settings.
+// nothing and the choice survives save, load and renumbered bus ids. MasterBytes is what
+// the record gives it per snapshot (1 or 2), at offset 0 of the settings; a master whose
+// index doesn't fit there can't be chosen.
 template <size_t W, size_t MasterBytes>
 class TapModule : public SettingsModule<W> {
 public:
+    static constexpr int kMaxStored = MasterBytes == 2 ? 32767 : 255;
     // The master's instance index, or -1 for none.
     int masterIndex() const {
         const int stored = MasterBytes == 2 ? this->wordAt(0) : this->byteAt(0);
         return stored - 1;
     }
-    // The panel's list: placed masters; the row of the chosen one, or -1.
+    // The panel's list: the placed masters that can be chosen.
     std::vector<MasterChoice> masterChoices() const {
-        return engine_ ? placedInstances(*engine_, masterType_) : std::vector<MasterChoice>{};
+        std::vector<MasterChoice> list;
+        if (engine_) list = placedInstances(*engine_, masterType_);
+        std::erase_if(list, [](const MasterChoice& c) { return c.index + 1 > kMaxStored; });
+        return list;
     }
-    // Picks a master by instance index (-1: none).
+    // Picks a master by instance index (-1, or one that can't be stored: none).
     void chooseMaster(int index) {
-        const int stored = std::clamp(index + 1, 0, MasterBytes == 2 ? 32767 : 255);
+        const int stored = index < 0 || index + 1 > kMaxStored ? 0 : index + 1;
         if constexpr (MasterBytes == 2)
             this->setWordAt(0, stored);
         else

@@ -76,6 +76,20 @@ TEST(Delay, TapReadsTheChosenRingAndZeroOnceItIsGone) {
     EXPECT_EQ(h.out(tap), 0);
 }
 
+TEST(Delay, ATapCanOnlyFollowADelayItsRecordCanName) {
+    ModuleHarness h;
+    auto& tap = static_cast<DLTap&>(h.add("DLTap"));
+    std::vector<Module*> delays;
+    for (int i = 0; i < 256; ++i) delays.push_back(&h.add("Delay"));
+    const std::vector<MasterChoice> list = tap.masterChoices();
+    ASSERT_EQ(list.size(), 255u) << "a byte per snapshot names instances 0..254";
+    EXPECT_EQ(list.back().index, 254);
+    tap.chooseMaster(254);
+    EXPECT_EQ(tap.masterIndex(), 254);
+    tap.chooseMaster(255);
+    EXPECT_EQ(tap.masterIndex(), -1) << "never another Delay than the one asked for";
+}
+
 TEST(Slew, NeverOvershootsEitherWay) {
     ModuleHarness h;
     auto& slew = static_cast<Slew&>(h.add("Slew"));

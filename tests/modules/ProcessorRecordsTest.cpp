@@ -154,3 +154,27 @@ TEST(ProcessorRecords, ARecalledSettingIsComputedWithAtOnce) {
     h.ticks(1);
     EXPECT_EQ(h.out(mask), 0x0F) << "same inputs, another setting: computed again";
 }
+
+TEST(ProcessorRecords, EveryTypesInputsOfSeveralSnapshotsComeBack) {
+    ModuleHarness h;
+    std::vector<Module*> placed;
+    for (const std::string& type : kTypes) placed.push_back(&h.add(type));
+    for (int s : {0, 5, 127}) {
+        h.engine->CurrentSnapshot = static_cast<int16_t>(s);
+        for (Module* m : placed)
+            for (int k = 0; k < m->inputCount(); ++k) h.set(*m, k, (s + 3 * k) % 128);
+        h.engine->StoreAllPatches();
+    }
+    for (Module* m : placed) {
+        const std::string_view type = typeInfo(m->type()).type;
+        const std::vector<uint8_t> first = body(h, *m);
+        const std::unique_ptr<Module> copy = readBack(h, type, first);
+        EXPECT_EQ(body(h, *copy), first) << type;
+        if (type == "T127") continue;  // its record holds no input names
+        copy->resolveStoredNames(h.engine->names, kSnapshotCount);
+        for (int s : {0, 5, 127})
+            for (int k = 0; k < copy->inputCount(); ++k)
+                EXPECT_EQ(h.engine->names.sortedName(copy->stored(s, k).position), ModuleHarness::constant((s + 3 * k) % 128))
+                    << type << " snapshot " << s << " input " << k;
+    }
+}
