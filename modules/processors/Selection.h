@@ -107,7 +107,7 @@ private:
 };
 
 // Step A of table page 127. Its record has no room for input names: only a byte per
-// snapshot, kept as read, so its connection lasts for the session.
+// snapshot, kept as read, so its connection lasts until the patch is closed.
 class T127 final : public SettingsModule<1> {
 public:
     static constexpr InputSpec kInputs[] = {
