@@ -5,7 +5,12 @@
 #include "modules/midi/NoteValues.h"
 #include "modules/panels/Chain.h"
 #include "modules/processors/Arithmetic.h"
+#include "modules/processors/Bitwise.h"
 #include "modules/processors/Events.h"
+#include "modules/processors/Memory.h"
+#include "modules/processors/Scaling.h"
+#include "modules/processors/Selection.h"
+#include "modules/processors/Sums.h"
 #include "modules/sequencers/Clocks.h"
 #include "modules/sequencers/Steps.h"
 
@@ -40,6 +45,46 @@ void registerBuiltTypes(ModuleRegistry& registry) {
     registry.add<XNote>("XNote");
     registry.add<Arpeg>("Arpeg");
     registry.add<Pitch>("Pitch");
+    registry.add<Add>("Add");
+    registry.add<Add2>("Add2");
+    registry.add<AddDiv>("AddDiv");
+    registry.add<Minus>("Minus");
+    registry.add<Carry>("Carry");
+    registry.add<Mult>("Mult");
+    registry.add<MulAdd>("MulAdd");
+    registry.add<MulDiv>("MulDiv");
+    registry.add<Modu>("Modu");
+    registry.add<Percent>("Percent");
+    registry.add<Scaler>("Scaler");
+    registry.add<Level>("Level");
+    registry.add<Octave>("Octave");
+    registry.add<Bounds>("Bounds");
+    registry.add<Mixer>("Mixer");
+    registry.add<Unity>("Unity");
+    registry.add<Invert>("Invert");
+    registry.add<Mask>("Mask");
+    registry.add<Shift>("Shift");
+    registry.add<Bits>("Bits");
+    registry.add<Diff>("Diff");
+    registry.add<LogiAND>("LogiAND");
+    registry.add<LogiOR>("LogiOR");
+    registry.add<LogiXOR>("LogiXOR");
+    registry.add<LogiEQ0>("LogiEQ0");
+    registry.add<LogiNE0>("LogiNE0");
+    registry.add<Test>("Test");
+    registry.add<Latest>("Latest");
+    registry.add<Tally>("Tally");
+    registry.add<HiLo>("HiLo");
+    registry.add<Accum>("Accum");
+    registry.add<Relay2>("Relay2");
+    registry.add<Selct>("Selct");
+    registry.add<SelOut>("SelOut");
+    registry.add<Flip>("Flip");
+    registry.add<Sample>("Sample");
+    registry.add<Delay>("Delay");
+    registry.add<DLTap>("DLTap");
+    registry.add<Slew>("Slew");
+    registry.add<T127>("T127");
 }
 
 const ModuleRegistry& builtTypes() {

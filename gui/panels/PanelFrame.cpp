@@ -281,7 +281,7 @@ QWidget* PanelFrame::makeControl(int index, const ControlSpec& c) {
         }
         case ControlKind::UpDown: {
             auto* spin = new QSpinBox(this);
-            spin->setRange(0, 127);
+            spin->setRange(c.minimum, c.maximum);
             spin->setKeyboardTracking(false);
             connect(spin, &QSpinBox::valueChanged, this, [this, index](int value) {
                 Gesture g;
@@ -404,6 +404,11 @@ void PanelFrame::showControl(int index, const Shown& was, const Shown& now, bool
         case ControlKind::Choice: {
             auto* menu = static_cast<QComboBox*>(control.widget);
             const QSignalBlocker quiet(menu);
+            if (c.itemsFromModule && (first || now.items != was.items)) {
+                menu->clear();
+                for (const std::string& item : now.items) menu->addItem(QString::fromStdString(item));
+                menu->setMaxVisibleItems(std::max(1, static_cast<int>(now.items.size())));
+            }
             menu->setCurrentIndex(now.selected);
             break;
         }

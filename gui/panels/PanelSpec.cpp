@@ -21,6 +21,10 @@ public:
                 throw std::logic_error("panel described twice: " + std::string(type));
         };
         addProcessorPanels(add);
+        addArithmeticPanels(add);
+        addBitwisePanels(add);
+        addSelectionPanels(add);
+        addMemoryPanels(add);
         addClockPanels(add);
         addStepPanels(add);
         addNoteOutputPanels(add);

@@ -30,6 +30,7 @@ struct Shown {
     bool warn = false;      // drawn yellow: the module replaced a value out of range
     std::vector<int> row;   // a stage row's values
     int selected = 0;       // a stage row's current stage, a menu's row
+    std::vector<std::string> items;  // a menu's rows, where the module gives them
     bool operator==(const Shown&) const = default;
 
     static Shown ofNumber(int n) {
@@ -85,6 +86,9 @@ struct ControlSpec {
     Editor edit;             // null: read only
     Dialog dialog = Dialog::None;
     std::vector<QString> choices;
+    bool itemsFromModule = false;  // a menu whose rows the reader gives (Shown::items)
+    int minimum = 0;         // an up-down's range
+    int maximum = 127;
     int stages = 0;          // a stage row's stage count
     bool enabled = true;
     bool newRow = false;     // starts a new row of controls
@@ -138,6 +142,10 @@ T& as(Module& m) { return static_cast<T&>(m); }
 // Where the families put their descriptions, by type name.
 using PanelAdder = std::function<void(std::string_view type, PanelSpec spec)>;
 void addProcessorPanels(const PanelAdder& add);
+void addArithmeticPanels(const PanelAdder& add);
+void addBitwisePanels(const PanelAdder& add);
+void addSelectionPanels(const PanelAdder& add);
+void addMemoryPanels(const PanelAdder& add);
 void addClockPanels(const PanelAdder& add);
 void addStepPanels(const PanelAdder& add);
 void addNoteOutputPanels(const PanelAdder& add);

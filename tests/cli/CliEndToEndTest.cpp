@@ -11,6 +11,8 @@
 
 #include "../shell/SessionHarness.h"
 #include "examples/DemoPatch.h"
+#include "modules/processors/Memory.h"
+#include "modules/processors/Sums.h"
 #include "platform/StandardMidiFile.h"
 
 using namespace quillmer;
@@ -165,4 +167,32 @@ TEST(Cli, TypesListsTheWholeCatalogueAndWhatRuns) {
     for (const TypeInfo& info : allTypes()) built += builtTypes().isBuilt(info.id) ? 1 : 0;
     EXPECT_NE(text.out.find(std::to_string(built) + " of " + std::to_string(allTypes().size()) + " types run."),
               std::string::npos);
+
+TEST(Cli, ProcessorsRunFromAFile) {
+    ScratchDir dir;
+    {
+        SessionHarness h;
+        auto& delay = static_cast<Delay&>(h.add("Delay"));
+        Module& add = h.add("Add2");
+        auto& minus = static_cast<Minus&>(h.add("Minus"));
+        auto& carry = static_cast<Carry&>(h.add("Carry"));
+        h.connect(delay, 0, "~ Turbo");
+        h.connect(delay, 1, "~   2");
+        delay.setTurbo(true);
+        h.connect(add, 0, "~ Turbo");
+        h.connect(add, 1, "~ 124");
+        h.connect(minus, 0, "~ Turbo");
+        h.connect(minus, 1, "~   3");
+        carry.chooseMaster(minus.Index);
+        ASSERT_EQ(h.save(dir.file("p.qmp")), "");
+    }
+    const Result r = cli("run " + dir.file("p.qmp") + " --ticks 5 --trace \"~ Turbo,1Delay-,1Add2-,1Minus-,1Carry-\"");
+    ASSERT_EQ(r.status, 0) << r.out;
+    EXPECT_EQ(r.out,
+              "tick,~ Turbo,1Delay-,1Add2-,1Minus-,1Carry-\n"
+              "1,1,0,124,0,3\n"  // modules read the Turbo count of the tick before
+              "2,2,0,125,0,2\n"
+              "3,3,0,126,0,1\n"
+              "4,4,1,127,0,0\n"
+              "5,5,2,127,1,0\n");
 }

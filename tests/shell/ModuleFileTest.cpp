@@ -96,7 +96,7 @@ TEST(ModuleFile, SaveLoadSaveGivesIdenticalBytes) {
 TEST(ModuleFile, LinksHoldByNameWhenNameSlotsChange) {
     ScratchDir dir;
     SessionHarness h;
-    for (int i = 0; i < 3; ++i) h.add("Mult");  // placeholders take the first name slots
+    for (int i = 0; i < 3; ++i) h.add("Mult");  // they take the first name slots
     Module& source = h.add("Div");
     Module& reader = h.add("Div");
     h.connect(source, 0, "~ 100");
