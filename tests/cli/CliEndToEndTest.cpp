@@ -167,6 +167,7 @@ TEST(Cli, TypesListsTheWholeCatalogueAndWhatRuns) {
     for (const TypeInfo& info : allTypes()) built += builtTypes().isBuilt(info.id) ? 1 : 0;
     EXPECT_NE(text.out.find(std::to_string(built) + " of " + std::to_string(allTypes().size()) + " types run."),
               std::string::npos);
+}
 
 TEST(Cli, ProcessorsRunFromAFile) {
     ScratchDir dir;
