@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "../engine/Harness.h"
 
 namespace quillmer::testing {
@@ -46,6 +48,22 @@ struct ModuleHarness : Harness {
         ticks(1);
     }
 };
+
+// A module's record body as the file layer writes it.
+inline std::vector<uint8_t> body(const ModuleHarness& h, const Module& m) {
+    ByteWriter out;
+    m.writeBody(out, h.engine->names);
+    return out.bytes();
+}
+
+// A module read back from bytes, as the file layer makes one.
+inline std::unique_ptr<Module> readBack(const ModuleHarness& h, std::string_view type, const std::vector<uint8_t>& bytes) {
+    std::unique_ptr<Module> m = h.registry.make(*typeIdByName(type));
+    ByteReader in(bytes);
+    m->readBody(in, h.engine->names);
+    EXPECT_EQ(in.remaining(), 0u) << type;
+    return m;
+}
 
 inline std::string repeat(const std::string& s, int n) {
     std::string r;

@@ -22,20 +22,6 @@ const std::vector<std::string> kTypes{
     "Diff",    "LogiAND", "LogiOR", "LogiXOR", "LogiEQ0", "LogiNE0", "Test", "Latest", "Tally",  "HiLo",
     "Accum",   "Relay2",  "Selct",  "SelOut",  "Flip",    "Sample", "Delay", "DLTap",  "Slew",   "T127"};
 
-std::vector<uint8_t> body(const ModuleHarness& h, const Module& m) {
-    ByteWriter out;
-    m.writeBody(out, h.engine->names);
-    return out.bytes();
-}
-
-std::unique_ptr<Module> readBack(const ModuleHarness& h, std::string_view type, const std::vector<uint8_t>& bytes) {
-    std::unique_ptr<Module> m = h.registry.make(*typeIdByName(type));
-    ByteReader in(bytes);
-    m->readBody(in, h.engine->names);
-    EXPECT_EQ(in.remaining(), 0u) << type;
-    return m;
-}
-
 }  // namespace
 
 TEST(ProcessorRecords, EveryTypeIsBuiltAndABlankBodyComesBackAtItsLayoutsSize) {

@@ -26,21 +26,6 @@ std::vector<uint8_t> fields(const Module& m) {
     return out.bytes();
 }
 
-std::vector<uint8_t> body(const ModuleHarness& h, const Module& m) {
-    ByteWriter out;
-    m.writeBody(out, h.engine->names);
-    return out.bytes();
-}
-
-// A module read back from bytes, as the file layer makes one.
-std::unique_ptr<Module> readBack(const ModuleHarness& h, std::string_view type, const std::vector<uint8_t>& bytes) {
-    std::unique_ptr<Module> m = h.registry.make(*typeIdByName(type));
-    ByteReader in(bytes);
-    m->readBody(in, h.engine->names);
-    EXPECT_EQ(in.remaining(), 0u) << type;
-    return m;
-}
-
 }  // namespace
 
 TEST(RecordFields, EachTypeWritesExactlyItsLayoutAfterTheInputIds) {
