@@ -128,11 +128,17 @@ void Module::resolveStoredNames(const OutputNames& names, int snapshotCount) {
 // the block is named for: kept so on purpose. On load the names decide and the positions are
 // rewritten from them.
 void Module::writeBody(ByteWriter& out, const OutputNames& names) const {
-    const int n = inputCount();
-    for (int s = 0; s < kSnapshotCount; ++s)
-        for (const StoredInput& in : rows_.row(s)) out.rawStr(names.cp1252(in.name));
-    for (int s = 0; s < kSnapshotCount; ++s)
-        for (int k = 0; k < n; ++k) out.u16(rows_.get(s, k).position);
+    // Each distinct row is encoded once, then copied for every snapshot that holds it.
+    const size_t distinct = rows_.distinctRows();
+    std::vector<ByteWriter> nameBlocks(distinct), positionBlocks(distinct);
+    for (size_t r = 0; r < distinct; ++r) {
+        for (const StoredInput& in : rows_.distinctRow(r)) {
+            nameBlocks[r].rawStr(names.cp1252(in.name));
+            positionBlocks[r].u16(in.position);
+        }
+    }
+    for (int s = 0; s < kSnapshotCount; ++s) out.raw(nameBlocks[rows_.rowIndex(s)].bytes());
+    for (int s = 0; s < kSnapshotCount; ++s) out.raw(positionBlocks[rows_.rowIndex(s)].bytes());
     writeFields(out);
 }
 

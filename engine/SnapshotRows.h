@@ -62,6 +62,9 @@ public:
     }
 
     size_t distinctRows() const { return refs_.size(); }
+    // Which of the distinct rows snapshot s uses, and that row.
+    size_t rowIndex(int snapshot) const { return rowOf_[static_cast<size_t>(snapshot)]; }
+    std::span<const StoredInput> distinctRow(size_t r) const { return {rows_.data() + r * inputs_, inputs_}; }
 
 private:
     static constexpr size_t kMaxInlineInputs = 32;

@@ -103,9 +103,14 @@ void writeModule(ByteWriter& out, const Module& m, const OutputNames& names, con
 }
 
 bool readWholeFile(const std::string& path, std::vector<uint8_t>& bytes) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(path, std::ios::binary | std::ios::ate);
     if (!file) return false;
-    bytes.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    const std::streamoff size = file.tellg();
+    if (size < 0) return false;
+    bytes.resize(static_cast<size_t>(size));
+    file.seekg(0);
+    file.read(reinterpret_cast<char*>(bytes.data()), size);
+    bytes.resize(static_cast<size_t>(file.gcount()));
     return !file.bad();
 }
 
