@@ -274,16 +274,17 @@ void copyRecord(ByteReader& in, ByteWriter& out, const std::vector<LayoutToken>&
             case LayoutToken::Kind::Dynamic: {
                 const uint16_t dims = in.u16();
                 out.u16(dims);
-                uint64_t elements = dims == 0 ? 0 : 1;
+                // Counted in bytes, saturating: a product too large for 64 bits stays too large.
+                uint64_t arrayBytes = dims == 0 ? 0 : t.size;
                 for (uint16_t d = 0; d < dims; ++d) {
                     const auto count = static_cast<uint32_t>(in.i32());
                     const int32_t lowerBound = in.i32();
                     out.i32(static_cast<int32_t>(count));
                     out.i32(lowerBound);
-                    elements *= count;
+                    arrayBytes = count != 0 && arrayBytes > UINT64_MAX / count ? UINT64_MAX : arrayBytes * count;
                 }
-                if (elements * t.size > in.remaining()) throw RecordFormatError("array runs past the end");
-                out.raw(in.raw(static_cast<size_t>(elements * t.size)));
+                if (arrayBytes > in.remaining()) throw RecordFormatError("array runs past the end");
+                out.raw(in.raw(static_cast<size_t>(arrayBytes)));
                 break;
             }
         }
@@ -296,6 +297,21 @@ std::vector<uint8_t> readRecordBytes(ByteReader& in, const std::vector<LayoutTok
     ByteWriter out;
     copyRecord(in, out, layout);
     return out.bytes();
+}
+
+uint64_t maxRecordBytes(const std::vector<LayoutToken>& layout) {
+    constexpr uint64_t kLongestString = 2 + 65535;
+    uint64_t total = 0;
+    for (const LayoutToken& t : layout) {
+        switch (t.kind) {
+            case LayoutToken::Kind::Head: total += kHeadBytes + kLongestString; break;
+            case LayoutToken::Kind::Strings: total += uint64_t{t.count} * kLongestString; break;
+            case LayoutToken::Kind::Bytes: total += t.count; break;
+            case LayoutToken::Kind::FixedStrings: total += uint64_t{t.count} * t.size; break;
+            case LayoutToken::Kind::Dynamic: return UINT64_MAX;
+        }
+    }
+    return total;
 }
 
 std::vector<uint8_t> blankRecordBytes(const std::vector<LayoutToken>& layout) {
