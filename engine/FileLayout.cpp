@@ -300,6 +300,21 @@ std::vector<uint8_t> readRecordBytes(ByteReader& in, const std::vector<LayoutTok
     return {record.begin(), record.end()};
 }
 
+uint64_t maxRecordBytes(const std::vector<LayoutToken>& layout) {
+    constexpr uint64_t kLongestString = 2 + 65535;
+    uint64_t total = 0;
+    for (const LayoutToken& t : layout) {
+        switch (t.kind) {
+            case LayoutToken::Kind::Head: total += kHeadBytes + kLongestString; break;
+            case LayoutToken::Kind::Strings: total += uint64_t{t.count} * kLongestString; break;
+            case LayoutToken::Kind::Bytes: total += t.count; break;
+            case LayoutToken::Kind::FixedStrings: total += uint64_t{t.count} * t.size; break;
+            case LayoutToken::Kind::Dynamic: return UINT64_MAX;
+        }
+    }
+    return total;
+}
+
 std::vector<uint8_t> blankRecordBytes(const std::vector<LayoutToken>& layout) {
     ByteWriter out;
     for (const LayoutToken& t : layout) {

@@ -45,6 +45,9 @@ std::vector<uint8_t> readRecordBytes(ByteReader& in, const std::vector<LayoutTok
 std::span<const uint8_t> recordSpan(ByteReader& in, const std::vector<LayoutToken>& layout);
 // Passes over one record; throws RecordFormatError where it doesn't parse.
 void skipRecord(ByteReader& in, const std::vector<LayoutToken>& layout);
+// The largest record a layout can have: every string at its longest (65535 bytes). A
+// dynamic array has no bound of its own: a layout with one gives UINT64_MAX.
+uint64_t maxRecordBytes(const std::vector<LayoutToken>& layout);
 // A free slot's record: zero words, empty strings, blank fixed strings, empty arrays.
 std::vector<uint8_t> blankRecordBytes(const std::vector<LayoutToken>& layout);
 

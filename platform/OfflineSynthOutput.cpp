@@ -20,12 +20,14 @@ bool OfflineSynthOutput::open() {
     if (wav_) return true;
     auto synth = std::make_unique<FluidSynthInstance>(soundFont_);
     if (!synth->ok()) {
-        raise({MidiDeviceEvent::Kind::Error, 1, name() + ": " + synth->problem()});
+        problem_ = name() + ": " + synth->problem();
+        raise({MidiDeviceEvent::Kind::Error, 1, problem_});
         return false;
     }
     auto wav = std::make_unique<WavFileWriter>(wavPath_, kSynthSampleRate);
     std::string error;
     if (!wav->begin(error)) {
+        problem_ = error;
         raise({MidiDeviceEvent::Kind::Error, 3, name() + ": " + error});
         return false;
     }
@@ -33,6 +35,7 @@ bool OfflineSynthOutput::open() {
     wav_ = std::move(wav);
     originMicros_ = clock_.nowMicros();
     saved_ = false;
+    problem_.clear();
     return true;
 }
 
@@ -59,6 +62,12 @@ void OfflineSynthOutput::reset() {
     synth_->resetAll();
 }
 
+void OfflineSynthOutput::discard() {
+    wav_.reset();  // a writer not finished leaves nothing behind
+    synth_.reset();
+    saved_ = false;
+}
+
 void OfflineSynthOutput::close() {
     if (!wav_) return;
     renderUntil(clock_.nowMicros());
@@ -67,7 +76,10 @@ void OfflineSynthOutput::close() {
     saved_ = wav_->finish(error);
     wav_.reset();
     synth_.reset();
-    if (!saved_) raise({MidiDeviceEvent::Kind::Error, 3, name() + ": " + error});
+    if (!saved_) {
+        problem_ = error;
+        raise({MidiDeviceEvent::Kind::Error, 3, name() + ": " + error});
+    }
 }
 
 }  // namespace quillmer

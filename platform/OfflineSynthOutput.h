@@ -30,11 +30,15 @@ public:
     void sendNow(std::span<const uint8_t> bytes) override;
     void reset() override;
 
+    // Gives up the render: nothing is saved, a file that was there stays as it was.
+    void discard();
     // Renders up to a clock time (a release tail after the last note, say).
     void renderUntil(int64_t clockMicros);
     int64_t renderedFrames() const { return wav_ ? wav_->frames() : savedFrames_; }
     // Whether the last close() saved the file.
     bool saved() const { return saved_; }
+    // What the last failed open() or close() raised, naming the file; empty when none failed.
+    const std::string& problem() const { return problem_; }
 
 private:
     const TimerService& clock_;
@@ -45,6 +49,7 @@ private:
     int64_t originMicros_ = 0;
     int64_t savedFrames_ = 0;
     bool saved_ = false;
+    std::string problem_;
 };
 
 }  // namespace quillmer

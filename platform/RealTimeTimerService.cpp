@@ -3,6 +3,9 @@
 #include <pthread.h>
 #include <sched.h>
 
+#include <cstdio>
+#include <exception>
+
 namespace quillmer {
 
 namespace {
@@ -75,10 +78,18 @@ void RealTimeTimerService::run() {
         t.due = due + period;
         while (t.due <= now) t.due += period;  // drop what can't be delivered
         Callback call = t.onFire;
+        const TimerId id = static_cast<TimerId>(next);
         held.unlock();
         if (observer_)
             observer_(static_cast<TimerId>(next), std::chrono::duration_cast<std::chrono::microseconds>(now - due).count());
-        if (call) call();
+        // Nothing may escape a timer callback: on this thread it would end the program.
+        try {
+            if (call) call();
+        } catch (const std::exception& e) {
+            std::fprintf(stderr, "quillmer: timer %d: %s\n", static_cast<int>(id), e.what());
+        } catch (...) {
+            std::fprintf(stderr, "quillmer: timer %d failed\n", static_cast<int>(id));
+        }
         held.lock();
     }
 }

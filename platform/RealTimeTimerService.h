@@ -4,6 +4,7 @@
 // doesn't shift the ones after it; firings that can't be delivered in time are dropped.
 // Callbacks run on the timer thread with none of the service's locks held.
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -35,7 +36,7 @@ public:
     void setLatenessObserver(std::function<void(TimerId, int64_t)> observer) { observer_ = std::move(observer); }
 
     // Whether the thread got real-time scheduling (SCHED_FIFO); it runs on without it.
-    bool realTimeScheduling() const { return realTime_; }
+    bool realTimeScheduling() const { return realTime_.load(); }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -54,7 +55,7 @@ private:
     Clock::time_point start_ = Clock::now();
     std::function<void(TimerId, int64_t)> observer_;
     bool stopping_ = false;
-    bool realTime_ = false;
+    std::atomic<bool> realTime_{false};  // written by the timer thread as it starts
     std::thread thread_;
 };
 

@@ -5,9 +5,11 @@
 #include <smf.h>
 
 #include <algorithm>
+#include <climits>
 #include <array>
 
 #include "engine/AtomicFile.h"
+#include "engine/RegularFile.h"
 #include "platform/LibrarySetup.h"
 
 namespace quillmer {
@@ -92,7 +94,11 @@ bool MidiFileWriter::save(const std::string& path, std::span<const int> tracks, 
 
 std::optional<MidiFileContents> readMidiFile(const std::string& path) {
     prepareLibraries();
-    smf_t* smf = smf_load(path.c_str());
+    // Only a regular file, and no more of it than the library can take in one buffer.
+    std::vector<uint8_t> bytes;
+    std::string reason;
+    if (!readRegularFile(path, static_cast<size_t>(INT_MAX), bytes, reason) || bytes.empty()) return std::nullopt;
+    smf_t* smf = smf_load_from_memory(bytes.data(), static_cast<int>(bytes.size()));
     if (!smf) return std::nullopt;
     MidiFileContents contents;
     contents.format = smf->format;

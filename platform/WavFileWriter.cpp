@@ -11,17 +11,11 @@ constexpr int kChannels = 2;
 constexpr int kBytesPerSample = 2;
 constexpr int kHeaderBytes = 44;
 
-void put16(std::FILE* out, uint32_t v) {
-    const std::array<uint8_t, 2> b{static_cast<uint8_t>(v), static_cast<uint8_t>(v >> 8)};
-    std::fwrite(b.data(), 1, b.size(), out);
-}
-
-void put32(std::FILE* out, uint32_t v) {
-    put16(out, v & 0xFFFF);
-    put16(out, v >> 16);
-}
-
 }  // namespace
+
+void WavFileWriter::write(const void* data, size_t size) {
+    if (std::fwrite(data, 1, size, out_) != size && writeErrno_ == 0) writeErrno_ = errno != 0 ? errno : EIO;
+}
 
 WavFileWriter::WavFileWriter(std::string path, int sampleRate) : file_(std::move(path)), sampleRate_(sampleRate) {}
 
@@ -38,6 +32,7 @@ bool WavFileWriter::begin(std::string& error) {
         return false;
     }
     frames_ = 0;
+    writeErrno_ = 0;
     writeHeader();
     return true;
 }
@@ -46,18 +41,33 @@ bool WavFileWriter::begin(std::string& error) {
 void WavFileWriter::writeHeader() {
     const auto dataBytes = static_cast<uint32_t>(frames_ * kChannels * kBytesPerSample);
     const auto rate = static_cast<uint32_t>(sampleRate_);
-    std::fwrite("RIFF", 1, 4, out_);
-    put32(out_, kHeaderBytes - 8 + dataBytes);
-    std::fwrite("WAVEfmt ", 1, 8, out_);
-    put32(out_, 16);  // size of the format chunk
-    put16(out_, 1);   // PCM
-    put16(out_, kChannels);
-    put32(out_, rate);
-    put32(out_, rate * kChannels * kBytesPerSample);
-    put16(out_, kChannels * kBytesPerSample);
-    put16(out_, kBytesPerSample * 8);
-    std::fwrite("data", 1, 4, out_);
-    put32(out_, dataBytes);
+    std::array<uint8_t, kHeaderBytes> h{};
+    size_t at = 0;
+    const auto text = [&](const char* four) {
+        for (int i = 0; i < 4; ++i) h[at++] = static_cast<uint8_t>(four[i]);
+    };
+    const auto put16 = [&](uint32_t v) {
+        h[at++] = static_cast<uint8_t>(v);
+        h[at++] = static_cast<uint8_t>(v >> 8);
+    };
+    const auto put32 = [&](uint32_t v) {
+        put16(v & 0xFFFF);
+        put16(v >> 16);
+    };
+    text("RIFF");
+    put32(kHeaderBytes - 8 + dataBytes);
+    text("WAVE");
+    text("fmt ");
+    put32(16);  // size of the format chunk
+    put16(1);   // PCM
+    put16(kChannels);
+    put32(rate);
+    put32(rate * kChannels * kBytesPerSample);
+    put16(kChannels * kBytesPerSample);
+    put16(kBytesPerSample * 8);
+    text("data");
+    put32(dataBytes);
+    write(h.data(), h.size());
 }
 
 void WavFileWriter::append(const int16_t* interleaved, int64_t frames) {
@@ -72,7 +82,7 @@ void WavFileWriter::append(const int16_t* interleaved, int64_t frames) {
             bytes[n++] = static_cast<uint8_t>(v);
             bytes[n++] = static_cast<uint8_t>(v >> 8);
         }
-        std::fwrite(bytes.data(), 1, n, out_);
+        write(bytes.data(), n);
     }
     frames_ += frames;
 }
@@ -84,12 +94,12 @@ bool WavFileWriter::finish(std::string& error) {
     }
     std::rewind(out_);
     writeHeader();
-    const bool written = std::fflush(out_) == 0 && !std::ferror(out_);
-    const int savedErrno = errno;
-    std::fclose(out_);
+    if (std::fflush(out_) != 0 && writeErrno_ == 0) writeErrno_ = errno != 0 ? errno : EIO;
+    if (std::ferror(out_) && writeErrno_ == 0) writeErrno_ = EIO;
+    if (std::fclose(out_) != 0 && writeErrno_ == 0) writeErrno_ = errno != 0 ? errno : EIO;
     out_ = nullptr;
-    if (!written) {
-        error = saveError(file_.target(), std::strerror(savedErrno));
+    if (writeErrno_ != 0) {
+        error = saveError(file_.target(), std::strerror(writeErrno_));
         file_.discard();
         return false;
     }

@@ -23,7 +23,8 @@ public:
     // False with `error` naming the file.
     bool begin(std::string& error);
     void append(const int16_t* interleaved, int64_t frames);
-    // Fills in the sizes and puts the file in place; false with `error` naming the file.
+    // Fills in the sizes and puts the file in place; false with `error` naming the file when
+    // any write failed, and then the file that was there before stays as it was.
     bool finish(std::string& error);
     int64_t frames() const { return frames_; }
     const std::string& path() const { return file_.target(); }
@@ -31,10 +32,13 @@ public:
 private:
     void writeHeader();
 
+    void write(const void* data, size_t size);
+
     AtomicFile file_;
     int sampleRate_;
     std::FILE* out_ = nullptr;
     int64_t frames_ = 0;
+    int writeErrno_ = 0;  // of the first write that failed (a full disk, say); 0 while all went well
 };
 
 }  // namespace quillmer

@@ -13,7 +13,11 @@ packages=(
   libcli11-dev
   jackd2
   xvfb xauth
+  clang-14 libclang-rt-14-dev llvm-14
 )
+# clang-14 with libclang-rt-14-dev: libFuzzer and clang's sanitizer runtimes for the fuzz
+# targets (scripts/fuzz.sh); llvm-14: llvm-symbolizer for readable reports. GCC's own
+# ASan, UBSan and TSan runtimes come with build-essential.
 
 missing=()
 for p in "${packages[@]}"; do

@@ -1,13 +1,15 @@
 // Loading and saving a whole patch: the header, then every type's records in file order.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
 #include "engine/AtomicFile.h"
 #include "engine/FileLayout.h"
+#include "engine/RegularFile.h"
 #include "shell/AuthorName.h"
 #include "shell/Session.h"
 
@@ -102,42 +104,65 @@ void writeModule(ByteWriter& out, const Module& m, const OutputNames& names, con
     m.writeBody(out, names);
 }
 
-bool readWholeFile(const std::string& path, std::vector<uint8_t>& bytes) {
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
-    if (!file) return false;
-    const std::streamoff size = file.tellg();
-    if (size < 0) return false;
-    bytes.resize(static_cast<size_t>(size));
-    file.seekg(0);
-    file.read(reinterpret_cast<char*>(bytes.data()), size);
-    bytes.resize(static_cast<size_t>(file.gcount()));
-    return !file.bad();
+// The largest .qmp file its own header allows: the header and every counted record at its
+// longest. Nothing past that is read (a longer file's old tail is never looked at).
+uint64_t largestFileFor(const FileHeader& header) {
+    uint64_t total = kHeaderSize;
+    for (const FileSlot& slot : fileOrder()) {
+        const int16_t count = header.typeCounts[static_cast<size_t>(slot.k)];
+        if (count <= 0) continue;
+        const uint64_t record = maxRecordBytes(parseLayout(slot.layout));
+        if (record > (UINT64_MAX - total) / static_cast<uint64_t>(count)) return UINT64_MAX;
+        total += record * static_cast<uint64_t>(count);
+    }
+    return total;
 }
 
+}  // namespace
+
+bool readModuleFileBytes(const std::string& path, std::vector<uint8_t>& bytes, std::string& reason) {
+    bytes.clear();
+    RegularFile file;
+    if (!file.open(path, reason) || !file.read(kHeaderSize, bytes, reason)) return false;
+    if (bytes.size() < kHeaderSize) {
+        reason = "the file is shorter than a module file's header";
+        return false;
+    }
+    const uint64_t largest = largestFileFor(FileHeader::read(bytes.data())) - kHeaderSize;
+    return file.read(static_cast<size_t>(std::min<uint64_t>(largest, SIZE_MAX)), bytes, reason);
+}
+
+namespace {
+
 // Appends what an existing, longer file holds past the end of `bytes`; only that is read.
-void appendOldTail(const std::string& path, std::vector<uint8_t>& bytes) {
-    std::ifstream old(path, std::ios::binary | std::ios::ate);
-    if (!old) return;
-    const std::streamoff oldSize = old.tellg();
-    const auto newSize = static_cast<std::streamoff>(bytes.size());
-    if (oldSize <= newSize) return;
-    old.seekg(newSize);
-    bytes.resize(static_cast<size_t>(oldSize));
-    old.read(reinterpret_cast<char*>(bytes.data() + newSize), oldSize - newSize);
-    bytes.resize(static_cast<size_t>(newSize + old.gcount()));
+bool appendOldTail(const std::string& path, std::vector<uint8_t>& bytes, std::string& reason) {
+    RegularFile old;
+    if (!old.open(path, reason)) return false;
+    if (old.size() <= bytes.size()) return true;
+    return old.readAt(bytes.size(), static_cast<size_t>(old.size() - bytes.size()), bytes, reason);
 }
 
 // Writes `bytes` to a temporary file beside `path` and renames it over `path`.
-bool writeAtomically(const std::string& path, const std::vector<uint8_t>& bytes, std::string& error) {
-    AtomicFile file(path);
-    if (!file.create(error)) return false;
-    {
-        std::ofstream out(file.tempPath(), std::ios::binary | std::ios::trunc);
-        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        if (!out.flush()) {
-            error = saveError(path, std::strerror(errno));
+bool writeAtomically(AtomicFile& file, const std::vector<uint8_t>& bytes, std::string& error) {
+    const int fd = ::open(file.tempPath().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    if (fd < 0) {
+        error = saveError(file.target(), std::strerror(errno));
+        return false;
+    }
+    size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.data() + written, bytes.size() - written);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) {
+            error = saveError(file.target(), n < 0 ? std::strerror(errno) : "nothing could be written");
+            ::close(fd);
             return false;
         }
+        written += static_cast<size_t>(n);
+    }
+    if (::close(fd) != 0) {
+        error = saveError(file.target(), std::strerror(errno));
+        return false;
     }
     return file.commit(error);
 }
@@ -145,19 +170,34 @@ bool writeAtomically(const std::string& path, const std::vector<uint8_t>& bytes,
 }  // namespace
 
 bool Session::LoadModuleFile(const std::string& path, std::string& error) {
-    RemoveAllModules();
+    // The modules go first whatever happens: here on a failed read, else in LoadModuleBytes.
     std::vector<uint8_t> bytes;
-    const auto fail = [&](const std::string& message) {
+    loadProblem.clear();
+    if (!readModuleFileBytes(path, bytes, loadProblem)) {
         RemoveAllModules();
         engine.names.Init();
+        error = "Unable to Load: " + path;
+        return false;
+    }
+    return LoadModuleBytes(bytes, path, error);
+}
+
+bool Session::LoadModuleBytes(const std::vector<uint8_t>& bytes, const std::string& path, std::string& error) {
+    RemoveAllModules();
+    loadProblem.clear();
+    bool restoring = false;  // some records may be in place
+    const auto fail = [&](const std::string& message, const std::string& problem) {
+        if (restoring) RemoveAllModules();
+        engine.names.Init();
         error = message + path;
+        loadProblem = problem;
         return false;
     };
-    if (!readWholeFile(path, bytes) || bytes.size() < kHeaderSize) return fail("Unable to Load: ");
+    if (bytes.size() < kHeaderSize) return fail("Unable to Load: ", "the file is shorter than a module file's header");
     const FileHeader header = FileHeader::read(bytes.data());
     // Only a wrong magic or a newer format is refused; any older version number loads.
     if (header.magic != kFileMagic || header.version > kFormatVersion)
-        return fail("Incompatible File: ");
+        return fail("Incompatible File: ", "it is not a module file of a version this program reads");
 
     kept = header;
     engine.SetNewTempo(header.tempo);
@@ -173,6 +213,7 @@ bool Session::LoadModuleFile(const std::string& path, std::string& error) {
     engine.options.absClockA = header.absClock0;
     engine.options.absClockB = header.absClock1;
 
+    restoring = true;
     try {
         ByteReader in(bytes.data() + kHeaderSize, bytes.size() - kHeaderSize);
         for (const FileSlot& slot : fileOrder()) {
@@ -189,10 +230,10 @@ bool Session::LoadModuleFile(const std::string& path, std::string& error) {
                 readModule(engine.loadRecord(type), engine.names, recordSpan(in, layout), layout);
             engine.restoreInstances(type);
         }
-    } catch (const RecordFormatError&) {
-        return fail("Unable to Load: ");
-    } catch (const PlacementError&) {
-        return fail("Unable to Load: ");
+    } catch (const RecordFormatError& e) {
+        return fail("Unable to Load: ", e.what());
+    } catch (const std::exception& e) {
+        return fail("Unable to Load: ", e.what());
     }
 
     engine.finishRestore();
@@ -206,8 +247,25 @@ bool Session::LoadModuleFile(const std::string& path, std::string& error) {
 }
 
 bool Session::SaveModuleFile(const std::string& path, std::string& error) {
-    snapshots.doPatchAuto();
+    std::vector<uint8_t> bytes;
+    if (!ModuleFileBytes(bytes, path, error)) return false;
+    // Only a regular file is replaced, through its symbolic links, keeping its mode.
+    AtomicFile file(path);
+    if (!file.create(error)) return false;
+    std::string reason;
+    // A shorter patch saved over a longer file leaves the old tail behind it, unread.
+    if (file.targetExists() && !appendOldTail(file.resolvedTarget(), bytes, reason)) {
+        error = saveError(path, reason);
+        return false;
+    }
+    if (!writeAtomically(file, bytes, error)) return false;
+    // The saved mark follows success only.
     SetModified(false);
+    return true;
+}
+
+bool Session::ModuleFileBytes(std::vector<uint8_t>& bytes, const std::string& path, std::string& error) {
+    snapshots.doPatchAuto();
 
     FileHeader header = kept;
     header.magic = kFileMagic;
@@ -260,16 +318,9 @@ bool Session::SaveModuleFile(const std::string& path, std::string& error) {
         }
     }
     lastSaveBytes_ = out.size();
-    std::vector<uint8_t> bytes = out.take();
+    bytes = out.take();
     const std::vector<uint8_t> head = header.write();
     std::copy(head.begin(), head.end(), bytes.begin());
-    // A shorter patch saved over a longer file leaves the old tail behind it, unread.
-    appendOldTail(path, bytes);
-
-    if (!writeAtomically(path, bytes, error)) {
-        SetModified(true);
-        return false;
-    }
     return true;
 }
 

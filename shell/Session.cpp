@@ -95,9 +95,11 @@ void Session::LoadAuxFiles(const std::string& patchPath) {
         loadDefault();
         return;
     }
-    // The other side files (.tbl, .bst, .ufn) join here, in that order around .pbt.
+    // The other side files (.tbl, .bst, .ufn) join here, in that order around .pbt. A side
+    // file whose name can't exist (longer than a name may be) is simply not there.
     const std::string own = std::filesystem::path(patchPath).replace_extension(".pbt").string();
-    if (std::filesystem::is_regular_file(own)) {
+    std::error_code noSuchName;
+    if (std::filesystem::is_regular_file(own, noSuchName)) {
         LoadToneTables(own, tones);
         ownToneTables_ = true;
     } else if (ownToneTables_) {
@@ -115,6 +117,8 @@ void Session::requestChainLoad(const std::string& file) {
     engine.timers().setInterval(chainTimer_, kChainDelayMs);
 }
 
+// A timer callback: nothing may escape it. Whatever goes wrong with the file becomes the
+// load's own message naming it.
 void Session::onChainTimer() {
     auto held = engine.lock();
     engine.timers().setInterval(chainTimer_, 0);
@@ -123,7 +127,17 @@ void Session::onChainTimer() {
         return;
     }
     std::string error;
-    if (!OpenFile(ChainFile, error) && chainFailed) chainFailed(error);
+    bool loaded = false;
+    try {
+        loaded = OpenFile(ChainFile, error);
+    } catch (const std::exception& e) {
+        error = "Unable to Load: " + ChainFile;
+        loadProblem = e.what();
+        RemoveAllModules();
+        engine.names.Init();
+        engine.StartTimers();
+    }
+    if (!loaded && chainFailed) chainFailed(error);
 }
 
 }  // namespace quillmer

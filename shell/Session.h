@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "engine/Engine.h"
 #include "engine/EngineSeams.h"
@@ -22,6 +23,10 @@ struct ProgramVersion {
     static constexpr int16_t minor = 1;
     static constexpr int16_t revision = 0;
 };
+
+// Reads a module file (.qmp): only a regular file, its header and no more of the rest than
+// the header's counts can need (every counted record at its longest). False with `reason`.
+bool readModuleFileBytes(const std::string& path, std::vector<uint8_t>& bytes, std::string& reason);
 
 class Session : public EngineSeams {
 public:
@@ -52,10 +57,19 @@ public:
     void toggleSaveWarning();
 
     // --- files (the caller stops the timers first and starts them after) ---
-    // False with "Unable to Load: FILE" or "Incompatible File: FILE"; the patch is then empty.
+    // False with "Unable to Load: FILE" or "Incompatible File: FILE"; the patch is then empty
+    // and `loadProblem` says what was wrong. Only a regular file is read, and no more of it
+    // than its header's counts can need.
     bool LoadModuleFile(const std::string& path, std::string& error);
-    // Atomic: the file that was there stays whole when anything fails.
+    // The same from bytes already read; `path` only names them in the message.
+    bool LoadModuleBytes(const std::vector<uint8_t>& bytes, const std::string& path, std::string& error);
+    std::string loadProblem;  // what the last failed load found, as "it is a folder, not a file"
+    // Atomic: the file that was there stays whole when anything fails. Only a regular file is
+    // replaced (through its symbolic links, keeping its mode; a read-only one is refused),
+    // and the patch counts as saved only when the file is in place.
     bool SaveModuleFile(const std::string& path, std::string& error);
+    // The bytes a save writes (without an old tail), or false with `error` naming `path`.
+    bool ModuleFileBytes(std::vector<uint8_t>& bytes, const std::string& path, std::string& error);
     // Everything that belongs to a patch goes; tempo and options stay.
     void RemoveAllModules();
     // File New, OpenFile: with the timers stopped and started around them.

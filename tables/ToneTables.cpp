@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <fstream>
 
+#include "engine/AtomicFile.h"
 #include "engine/Cp1252.h"
+#include "engine/RegularFile.h"
 
 namespace quillmer {
 
@@ -22,15 +24,21 @@ void ToneTableNames::setName(int table, std::string_view text) {
 }
 
 ToneLoad LoadToneTables(const std::string& path, ToneTables& tables) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return ToneLoad::Missing;
-    // Straight into the two blocks, as far as the file goes.
-    file.read(reinterpret_cast<char*>(tables.rows.data()), static_cast<std::streamsize>(kToneRowsBytes));
-    const auto rowsRead = static_cast<size_t>(file.gcount());
-    if (rowsRead < kToneRowsBytes) return ToneLoad::Short;
-    file.read(reinterpret_cast<char*>(tables.names.data()), static_cast<std::streamsize>(kToneNamesBytes));
-    const auto namesRead = static_cast<size_t>(file.gcount());
-    return namesRead < kToneNamesBytes ? ToneLoad::Short : ToneLoad::Loaded;
+    // Only a regular file, and never more than the format's 18944 bytes of it.
+    std::vector<uint8_t> bytes;
+    std::string reason;
+    if (!readRegularFile(path, kToneFileSize, bytes, reason)) return ToneLoad::Missing;
+    return readToneTables(bytes, tables);
+}
+
+ToneLoad readToneTables(std::span<const uint8_t> bytes, ToneTables& tables) {
+    // Straight into the two blocks, as far as the bytes go.
+    const size_t rows = std::min(bytes.size(), kToneRowsBytes);
+    std::copy_n(bytes.begin(), rows, tables.rows.data());
+    if (rows < kToneRowsBytes) return ToneLoad::Short;
+    const size_t names = std::min(bytes.size() - kToneRowsBytes, kToneNamesBytes);
+    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(kToneRowsBytes), names, tables.names.data());
+    return names < kToneNamesBytes ? ToneLoad::Short : ToneLoad::Loaded;
 }
 
 std::vector<uint8_t> toneTableFileBytes(const ToneTables& tables) {
@@ -40,11 +48,17 @@ std::vector<uint8_t> toneTableFileBytes(const ToneTables& tables) {
 }
 
 bool SaveToneTables(const std::string& path, const ToneTables& tables) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    if (!file) return false;
-    const std::vector<uint8_t> bytes = toneTableFileBytes(tables);
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return static_cast<bool>(file);
+    // Atomic, and only over a regular file, as every save.
+    AtomicFile file(path);
+    std::string error;
+    if (!file.create(error)) return false;
+    {
+        std::ofstream out(file.tempPath(), std::ios::binary | std::ios::trunc);
+        const std::vector<uint8_t> bytes = toneTableFileBytes(tables);
+        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        if (!out.flush()) return false;
+    }
+    return file.commit(error);
 }
 
 std::string NoteName(int value) {

@@ -88,7 +88,10 @@ enum class ToneLoad : uint8_t {
 // Reads a .pbt file straight into the tables: rows first, then names. A short file leaves
 // everything after its last byte as it was; a missing one changes nothing. Bytes after
 // the 18944th are not read.
+// Only a regular file is read: a folder, a pipe or a device counts as missing.
 ToneLoad LoadToneTables(const std::string& path, ToneTables& tables);
+// The same from the bytes of a file (only the first 18944 count).
+ToneLoad readToneTables(std::span<const uint8_t> bytes, ToneTables& tables);
 // The 18944 bytes of a .pbt file.
 std::vector<uint8_t> toneTableFileBytes(const ToneTables& tables);
 // Writes a .pbt file; false when it can't be written.

@@ -13,7 +13,9 @@ bool loadPatch(Session& session, const std::string& path) {
     auto held = session.engine.lock();
     std::string error;
     if (session.OpenFile(path, error)) return true;
-    std::cerr << "quillmer-cli: " << error << '\n';
+    std::cerr << "quillmer-cli: " << error;
+    if (!session.loadProblem.empty()) std::cerr << " (" << session.loadProblem << ')';
+    std::cerr << '\n';
     return false;
 }
 

@@ -3,8 +3,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include <charconv>
 #include <chrono>
 #include <iostream>
+#include <optional>
 #include <thread>
 
 #include "app/cli/Commands.h"
@@ -24,10 +26,14 @@ namespace {
 
 constexpr int kTailMs = 1500;  // the synth's release after the last tick
 
+// The longest run: 10^9 ticks, about ten million bars (240 days at tempo 120 in real time).
+constexpr int64_t kMostTicks = 1'000'000'000;
+constexpr int64_t kTicksPerBar = 96;
+
 struct RunOptions {
     std::string file;
-    int64_t ticks = 0;
-    int64_t bars = 0;
+    std::string ticks;  // as typed: checked by countOf
+    std::string bars;
     std::vector<std::string> trace;
     int32_t seed = 0;
     int tempo = 0;
@@ -42,6 +48,15 @@ struct RunOptions {
 int fail(const std::string& message) {
     std::cerr << "quillmer-cli: " << message << '\n';
     return 1;
+}
+
+// A count typed on the command line: a whole number from 1 to `most`, else nullopt.
+std::optional<int64_t> countOf(const std::string& text, int64_t most) {
+    int64_t n = 0;
+    const char* end = text.data() + text.size();
+    const auto [ptr, ec] = std::from_chars(text.data(), end, n);
+    if (text.empty() || ec != std::errc() || ptr != end || n < 1 || n > most) return std::nullopt;
+    return n;
 }
 
 // The bus ids of the traced outputs, by name; false for a name no output has.
@@ -88,14 +103,20 @@ int runOffline(const RunOptions& o, int64_t ticks) {
     Engine& e = session.engine;
     MidiFileWriter recorder;
     std::vector<BusId> ids;
+    OfflineSynthOutput* wav = nullptr;  // owned by port A
     {
         auto held = e.lock();
         std::string unknown;
         if (!traceIds(e, o.trace, ids, unknown)) return fail("no output is named \"" + unknown + "\"");
         if (!o.wav.empty()) {
             auto synth = std::make_unique<OfflineSynthOutput>(timers, o.wav);
+            wav = synth.get();
             e.ports.attachOutput(0, std::make_unique<VirtualTimeStampedOutput>(std::move(synth), timers));
-            if (!e.ports.outputOpen(0)) return fail("Unable to make " + o.wav + ": the built-in synth didn't start");
+            if (!e.ports.outputOpen(0))
+                return fail(wav->problem().empty() ? "Unable to save " + o.wav + ": the built-in synth didn't start" : wav->problem());
+            // Just opened: the reopen a load asks of every output would save the file once
+            // too often, over whatever file was there before the render is done.
+            e.ports.ReopenOutputs = false;
         } else if (!o.record.empty()) {
             e.ports.attachOutput(0, std::make_unique<CaptureDevice>("Recorder", timers));  // recording needs a port
         }
@@ -109,7 +130,10 @@ int runOffline(const RunOptions& o, int64_t ticks) {
     const uint64_t first = e.ticksRun();
     while (e.ticksRun() - first < static_cast<uint64_t>(ticks)) {
         const uint64_t before = e.ticksRun();
-        if (!timers.fireNext()) return fail("the clock stopped");
+        if (!timers.fireNext()) {
+            if (wav) wav->discard();  // a render cut short replaces nothing
+            return fail("the clock stopped");
+        }
         if (e.ticksRun() != before && !o.trace.empty()) {
             auto held = e.lock();
             printTraceRow(e, e.ticksRun() - first, ids);
@@ -120,10 +144,11 @@ int runOffline(const RunOptions& o, int64_t ticks) {
     std::string error;
     if (!o.record.empty() && !e.ports.SaveMidiFile(o.record, error)) return fail(error);
     held.unlock();
-    if (!o.wav.empty()) {
+    if (wav) {
         timers.advanceByMs(kTailMs);
         held.lock();
         e.ports.StopMIDI();  // closing the synth writes the WAV file
+        if (!wav->saved()) return fail(wav->problem());
     }
     return 0;
 }
@@ -188,8 +213,8 @@ void addRunCommand(CLI::App& app, int& exitStatus) {
     auto* command = app.add_subcommand("run", "Play a patch for a number of ticks or bars, offline unless --realtime");
     auto o = std::make_shared<RunOptions>();
     command->add_option("FILE", o->file, "The patch (.qmp)")->required();
-    auto* ticks = command->add_option("--ticks", o->ticks, "Ticks to run (96 a whole note)")->check(CLI::PositiveNumber);
-    auto* bars = command->add_option("--bars", o->bars, "Whole notes to run")->check(CLI::PositiveNumber);
+    auto* ticks = command->add_option("--ticks", o->ticks, "Ticks to run (96 a whole note), 1 to 1000000000");
+    auto* bars = command->add_option("--bars", o->bars, "Whole notes to run, 1 to 10416666");
     ticks->excludes(bars);
     command->add_option("--trace", o->trace, "Outputs to print after every tick, as CSV")->delimiter(',');
     command->add_option("--seed", o->seed, "Random seed");
@@ -201,9 +226,17 @@ void addRunCommand(CLI::App& app, int& exitStatus) {
     command->add_option("--port", o->ports, "A=DEVICE: a device for an output port (with --realtime)");
     command->add_flag("--run", o->pressRun, "Press Run before the first tick");
     command->callback([&exitStatus, o, tempo] {
-        const int64_t count = o->ticks > 0 ? o->ticks : o->bars * 96;
-        if (count <= 0) {
+        if (o->ticks.empty() && o->bars.empty()) {
             exitStatus = fail("run needs --ticks N or --bars N");
+            return;
+        }
+        constexpr int64_t mostBars = kMostTicks / kTicksPerBar;
+        const std::optional<int64_t> count =
+            o->bars.empty() ? countOf(o->ticks, kMostTicks) : countOf(o->bars, mostBars);
+        if (!count) {
+            exitStatus = o->bars.empty()
+                ? fail("--ticks takes a whole number from 1 to " + std::to_string(kMostTicks) + ", not \"" + o->ticks + "\"")
+                : fail("--bars takes a whole number from 1 to " + std::to_string(mostBars) + ", not \"" + o->bars + "\"");
             return;
         }
         if (const int highest = o->extendedTempo ? 1000 : 254; tempo->count() > 0 && (o->tempo < 1 || o->tempo > highest)) {
@@ -215,7 +248,8 @@ void addRunCommand(CLI::App& app, int& exitStatus) {
             exitStatus = fail("--wav renders offline; leave out --realtime");
             return;
         }
-        exitStatus = o->realtime ? runRealtime(*o, count) : runOffline(*o, count);
+        const int64_t ticksToRun = o->bars.empty() ? *count : *count * kTicksPerBar;
+        exitStatus = o->realtime ? runRealtime(*o, ticksToRun) : runOffline(*o, ticksToRun);
     });
 }
 

@@ -6,6 +6,7 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <cstdio>
+#include <exception>
 #include <memory>
 
 #include "app/quillmer/MidiDevices.h"
@@ -43,10 +44,27 @@ Arguments parse(const QStringList& args) {
     return a;
 }
 
+// Nothing may escape an event handler: Qt can't unwind through its event loop. What would
+// have ended the program is told on stderr, and the program goes on.
+class Application : public QApplication {
+public:
+    using QApplication::QApplication;
+    bool notify(QObject* receiver, QEvent* event) override {
+        try {
+            return QApplication::notify(receiver, event);
+        } catch (const std::exception& e) {
+            std::fprintf(stderr, "quillmer: %s\n", e.what());
+        } catch (...) {
+            std::fprintf(stderr, "quillmer: an event handler failed\n");
+        }
+        return false;
+    }
+};
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    QApplication app(argc, argv);
+    Application app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Brindlewick"));
     QCoreApplication::setApplicationName(QStringLiteral("Quillmer"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillmer"));

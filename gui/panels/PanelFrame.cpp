@@ -445,11 +445,11 @@ QSize PanelFrame::sizeTwips() const { return {width() * kTwipsPerPixel, height()
 
 bool PanelFrame::eventFilter(QObject* watched, QEvent* event) {
     if (watched == name_) {
-        auto* mouse = static_cast<QMouseEvent*>(event);
+        // The type first: only a mouse event may be taken as one.
         switch (event->type()) {
-            case QEvent::MouseButtonPress: return pressToDrag(mouse);
-            case QEvent::MouseMove: return moveWhileDragging(mouse);
-            case QEvent::MouseButtonRelease: return releaseDrag(mouse);
+            case QEvent::MouseButtonPress: return pressToDrag(static_cast<QMouseEvent*>(event));
+            case QEvent::MouseMove: return moveWhileDragging(static_cast<QMouseEvent*>(event));
+            case QEvent::MouseButtonRelease: return releaseDrag(static_cast<QMouseEvent*>(event));
             default: return false;
         }
     }

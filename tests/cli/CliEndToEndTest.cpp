@@ -107,7 +107,7 @@ TEST(Cli, FailuresAreOneLineAndANonZeroStatus) {
     ScratchDir dir;
     Result r = cli("info " + dir.file("missing.qmp"));
     EXPECT_NE(r.status, 0);
-    EXPECT_EQ(r.out, "quillmer-cli: Unable to Load: " + dir.file("missing.qmp") + "\n");
+    EXPECT_EQ(r.out, "quillmer-cli: Unable to Load: " + dir.file("missing.qmp") + " (No such file or directory)\n");
     r = cli("run " + kDemo + " --ticks 2 --trace nothing-");
     EXPECT_NE(r.status, 0);
     EXPECT_EQ(r.out, "quillmer-cli: no output is named \"nothing-\"\n");
@@ -196,4 +196,62 @@ TEST(Cli, ProcessorsRunFromAFile) {
               "3,3,0,126,0,1\n"
               "4,4,1,127,0,0\n"
               "5,5,2,127,1,0\n");
+
+// Issue 10: a folder named as a patch or as the WAV file, a WAV file that can't be written
+// whole, counts out of range.
+TEST(Cli, AFolderIsNeitherReadAsAPatchNorWrittenAsAWavFile) {
+    ScratchDir dir;
+    std::filesystem::create_directory(dir.path / "folder");
+    Result r = cli("info " + dir.file("folder"));
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "quillmer-cli: Unable to Load: " + dir.file("folder") + " (it is a folder, not a file)\n");
+    r = cli("run " + kDemo + " --ticks 2 --wav " + dir.file("folder"));
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "quillmer-cli: Unable to save " + dir.file("folder") + ": it is a folder, not a file\n");
+    EXPECT_TRUE(std::filesystem::is_directory(dir.path / "folder"));
+}
+
+TEST(Cli, AWavFileThatCannotBeWrittenWholeFailsAndTheEarlierFileStays) {
+    ScratchDir dir;
+    const std::string wav = dir.file("out.wav");
+    writeBytes(wav, {'e', 'a', 'r', 'l', 'i', 'e', 'r'});
+    // Files of this process may grow to 64 blocks: the render can't, as on a full disk.
+    const std::string limited = "sh -c \"trap '' XFSZ; ulimit -f 64; exec " + std::string(QUILLMER_CLI) + " run " + kDemo +
+                                " --bars 2 --wav " + wav + "\" 2>&1";
+    FILE* pipe = ::popen(limited.c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    std::string out;
+    std::array<char, 4096> buffer{};
+    while (size_t n = std::fread(buffer.data(), 1, buffer.size(), pipe)) out.append(buffer.data(), n);
+    const int status = ::pclose(pipe);
+    ASSERT_TRUE(WIFEXITED(status)) << out;
+    EXPECT_EQ(WEXITSTATUS(status), 1) << out;
+    EXPECT_EQ(out, "quillmer-cli: Unable to save " + wav + ": File too large\n");
+    EXPECT_EQ(readBytes(wav), (std::vector<uint8_t>{'e', 'a', 'r', 'l', 'i', 'e', 'r'})) << "the earlier file stays";
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path), {}), 1) << "no temporary left behind";
+
+    const Result r = cli("run " + kDemo + " --bars 1 --wav " + wav);
+    ASSERT_EQ(r.status, 0) << r.out;
+    const auto rendered = readBytes(wav);
+    ASSERT_GT(rendered.size(), 44u);
+    EXPECT_EQ(std::string(rendered.begin(), rendered.begin() + 4), "RIFF");
+    // One bar at the demo's tempo and the synth's release tail, from the first tick on.
+    const double seconds = static_cast<double>(rendered.size() - 44) / (44100.0 * 4);
+    EXPECT_NEAR(seconds, 4 * 60.0 / 112 + 1.5, 0.1);
+}
+
+TEST(Cli, CountsOutOfRangeAreRefusedPlainly) {
+    Result r = cli("run " + kDemo + " --bars 192153584101141163");
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "quillmer-cli: --bars takes a whole number from 1 to 10416666, not \"192153584101141163\"\n");
+    r = cli("run " + kDemo + " --ticks 0");
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "quillmer-cli: --ticks takes a whole number from 1 to 1000000000, not \"0\"\n");
+    r = cli("run " + kDemo + " --ticks 12x");
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "quillmer-cli: --ticks takes a whole number from 1 to 1000000000, not \"12x\"\n");
+    r = cli("run " + kDemo + " --bars 10416667");
+    EXPECT_EQ(r.status, 1);
+    r = cli("run " + kDemo + " --ticks 3");
+    EXPECT_EQ(r.status, 0) << r.out;
 }

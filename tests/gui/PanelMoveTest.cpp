@@ -1,6 +1,9 @@
 // Moving panels: drags write the module's place, the engine snaps it and flips pages at the
 // edges, a disabled module still moves; and modules made by a right click on the workspace.
 
+#include <QApplication>
+#include <QHelpEvent>
+#include <QKeyEvent>
 #include <QToolButton>
 
 #include "gui/StripBar.h"
@@ -41,6 +44,25 @@ TEST(Moving, ADisabledModuleFreezesItsOutputButStillMovesAndSnaps) {
     EXPECT_EQ(m.Top, snapToGrid(top + 21 * 15));
     EXPECT_EQ(divide.pos(), QPoint(m.Left / 15, m.Top / 15)) << "and the panel follows";
     EXPECT_EQ(shownText(divide, "bxOut1"), frozen);
+}
+
+// Issue 10, defect 9: the name row looks at an event's type before taking it as a mouse
+// event (the sanitizer build reported every other event cast to one).
+TEST(Moving, EventsOtherThanTheMouseOnTheNameRowMoveNothing) {
+    GuiHarness h;
+    h.placeModule("Div");
+    gui::PanelFrame& divide = panel(h, "1Div-");
+    const QPoint before = divide.pos();
+    QEvent enter(QEvent::Enter);
+    QEvent leave(QEvent::Leave);
+    QKeyEvent key(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, QStringLiteral("a"));
+    QHelpEvent tip(QEvent::ToolTip, QPoint(2, 2), divide.nameLabel()->mapToGlobal(QPoint(2, 2)));
+    for (QEvent* event : std::initializer_list<QEvent*>{&enter, &key, &tip, &leave})
+        QApplication::sendEvent(divide.nameLabel(), event);
+    processEvents();
+    EXPECT_EQ(divide.pos(), before);
+    drag(divide.nameLabel(), QPoint(30, 0));
+    EXPECT_EQ(divide.pos(), before + QPoint(30, 0)) << "a drag still moves it";
 }
 
 TEST(Moving, PastAnEdgeThePanelGoesToTheNeighbourPageLeftBeforeTop) {

@@ -51,7 +51,9 @@ protected:
         if (jackd.empty()) return;
         serverName = "quillmer-test-" + std::to_string(::getpid());
         setenv("JACK_DEFAULT_SERVER", serverName.c_str(), 1);
-        std::vector<std::string> args{"jackd", "--no-realtime", "-n", serverName, "-d", "dummy",
+        // A client timeout of 5 s: under ThreadSanitizer a client's first cycles are slow, and
+        // the default would drop it from the graph.
+        std::vector<std::string> args{"jackd", "--no-realtime", "-t", "5000", "-n", serverName, "-d", "dummy",
                                       "-r",    "48000",         "-p", "256"};
         std::vector<char*> argv;
         for (std::string& a : args) argv.push_back(a.data());

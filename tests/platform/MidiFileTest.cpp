@@ -2,6 +2,7 @@
 // deltas and absolute times; a save that fails leaves nothing half-written and names the file.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -145,4 +146,10 @@ TEST_F(MidiFile, ReadingWhatIsNotAMidiFileGivesNothing) {
     std::ofstream(folder / "text.mid") << "MThd? no.";
     EXPECT_FALSE(readMidiFile((folder / "text.mid").string()));
     EXPECT_FALSE(readMidiFile((folder / "absent.mid").string()));
+    // Issue 10: only a regular file is read; a folder, a pipe or a device gives nothing at once.
+    std::filesystem::create_directory(folder / "folder.mid");
+    EXPECT_FALSE(readMidiFile((folder / "folder.mid").string()));
+    ASSERT_EQ(::mkfifo((folder / "pipe.mid").c_str(), 0600), 0);
+    EXPECT_FALSE(readMidiFile((folder / "pipe.mid").string()));
+    EXPECT_FALSE(readMidiFile("/dev/zero"));
 }
