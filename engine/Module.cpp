@@ -137,8 +137,10 @@ void Module::writeBody(ByteWriter& out, const OutputNames& names) const {
             positionBlocks[r].u16(in.position);
         }
     }
-    for (int s = 0; s < kSnapshotCount; ++s) out.raw(nameBlocks[rows_.rowIndex(s)].bytes());
-    for (int s = 0; s < kSnapshotCount; ++s) out.raw(positionBlocks[rows_.rowIndex(s)].bytes());
+    if (distinct > 0) {  // a type without inputs has no rows
+        for (int s = 0; s < kSnapshotCount; ++s) out.raw(nameBlocks[rows_.rowIndex(s)].bytes());
+        for (int s = 0; s < kSnapshotCount; ++s) out.raw(positionBlocks[rows_.rowIndex(s)].bytes());
+    }
     writeFields(out);
 }
 

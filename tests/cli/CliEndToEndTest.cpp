@@ -196,9 +196,10 @@ TEST(Cli, ProcessorsRunFromAFile) {
               "3,3,0,126,0,1\n"
               "4,4,1,127,0,0\n"
               "5,5,2,127,1,0\n");
+}
 
-// Issue 10: a folder named as a patch or as the WAV file, a WAV file that can't be written
-// whole, counts out of range.
+// A folder named as a patch or as the WAV file, a WAV file that can't be written whole,
+// counts out of range.
 TEST(Cli, AFolderIsNeitherReadAsAPatchNorWrittenAsAWavFile) {
     ScratchDir dir;
     std::filesystem::create_directory(dir.path / "folder");

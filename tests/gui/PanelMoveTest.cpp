@@ -46,7 +46,7 @@ TEST(Moving, ADisabledModuleFreezesItsOutputButStillMovesAndSnaps) {
     EXPECT_EQ(shownText(divide, "bxOut1"), frozen);
 }
 
-// Issue 10, defect 9: the name row looks at an event's type before taking it as a mouse
+// The name row looks at an event's type before taking it as a mouse
 // event (the sanitizer build reported every other event cast to one).
 TEST(Moving, EventsOtherThanTheMouseOnTheNameRowMoveNothing) {
     GuiHarness h;

@@ -146,7 +146,7 @@ TEST_F(MidiFile, ReadingWhatIsNotAMidiFileGivesNothing) {
     std::ofstream(folder / "text.mid") << "MThd? no.";
     EXPECT_FALSE(readMidiFile((folder / "text.mid").string()));
     EXPECT_FALSE(readMidiFile((folder / "absent.mid").string()));
-    // Issue 10: only a regular file is read; a folder, a pipe or a device gives nothing at once.
+    // Only a regular file is read; a folder, a pipe or a device gives nothing at once.
     std::filesystem::create_directory(folder / "folder.mid");
     EXPECT_FALSE(readMidiFile((folder / "folder.mid").string()));
     ASSERT_EQ(::mkfifo((folder / "pipe.mid").c_str(), 0600), 0);

@@ -1,5 +1,5 @@
 // Files and paths that are not what a patch expects: folders, devices, pipes, links,
-// read-only files, names at the length limit, left-over temporary files (issue 10).
+// read-only files, names at the length limit, left-over temporary files.
 
 #include <gtest/gtest.h>
 
@@ -41,7 +41,7 @@ void loadWithoutWaiting(const std::string& fifo, Load load) {
 
 }  // namespace
 
-// --- defect 2: a folder named as a patch ---
+// --- a folder named as a patch ---
 
 TEST(HostileFiles, AFolderIsNoPatchAndTheMessageNamesIt) {
     ScratchDir dir;
@@ -74,7 +74,7 @@ TEST(HostileFiles, AChainToAFolderReportsTheLoadFailureInsteadOfThrowingFromItsT
     EXPECT_TRUE(e.timersRunning()) << "time goes on with the empty patch";
 }
 
-// --- defect 4: saving onto a folder; the saved mark follows success ---
+// --- saving onto a folder; the saved mark follows success ---
 
 TEST(HostileFiles, SavingOntoAFolderFailsWithAMessageAndThePatchStillNeedsSaving) {
     ScratchDir dir;
@@ -103,7 +103,7 @@ TEST(HostileFiles, APipeIsNotReplaced) {
     EXPECT_TRUE(fs::is_fifo(fifo));
 }
 
-// --- defect 6: devices and pipes; no more than the format allows ---
+// --- devices and pipes; no more than the format allows ---
 
 TEST(HostileFiles, DevZeroIsRefusedAtOnce) {
     SessionHarness h;
@@ -159,7 +159,7 @@ TEST(HostileFiles, AReaderTakesNoMoreThanItsFormatAllows) {
     EXPECT_EQ(read.size(), kToneFileSize);
 }
 
-// --- defect 7: links, modes, read-only files, left-over temporaries ---
+// --- links, modes, read-only files, left-over temporaries ---
 
 TEST(HostileFiles, SavingThroughASymbolicLinkReplacesItsTargetAndKeepsTheLink) {
     ScratchDir dir;
@@ -245,7 +245,7 @@ TEST(HostileFiles, TemporaryFilesAKilledSaveLeftAreRemovedByTheNextSave) {
     EXPECT_EQ(std::distance(fs::directory_iterator(dir.path), {}), 4);
 }
 
-// --- defect 8: names at the length limit ---
+// --- names at the length limit ---
 
 TEST(HostileFiles, APatchNameAtTheLengthLimitOpensAndSavesWithoutItsSideFiles) {
     ScratchDir dir;
