@@ -9,15 +9,6 @@
 using namespace quillmer;
 using namespace quillmer::testing;
 
-namespace {
-int run(ModuleHarness& h, Module& m, std::initializer_list<int> values) {
-    int k = 0;
-    for (int v : values) h.set(m, k++, v);
-    h.ticks(1);
-    return h.out(m);
-}
-}  // namespace
-
 TEST(ByteOperations, ShiftsLoseBitsAndRotatesWrapAtTheByteEdges) {
     EXPECT_EQ(shiftLeftByte(0x81, 1), 0x02);
     EXPECT_EQ(shiftRightByte(0x81, 1), 0x40);

@@ -2,6 +2,7 @@
 // The engine harness with every built type real (no probes), its timers started, and
 // helpers to set inputs to constants and read an output tick by tick.
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,14 @@ struct ModuleHarness : Harness {
         ticks(1);
     }
 };
+
+// Sets the inputs of m to the constants in `values` and ticks once; the output after it.
+inline int run(ModuleHarness& h, Module& m, std::initializer_list<int> values) {
+    int k = 0;
+    for (int v : values) h.set(m, k++, v);
+    h.ticks(1);
+    return h.out(m);
+}
 
 // A module's record body as the file layer writes it.
 inline std::vector<uint8_t> body(const ModuleHarness& h, const Module& m) {

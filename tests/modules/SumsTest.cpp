@@ -12,18 +12,6 @@
 using namespace quillmer;
 using namespace quillmer::testing;
 
-namespace {
-
-// Sets the inputs of m to the constants in `values` and ticks once; the output after it.
-int run(ModuleHarness& h, Module& m, std::initializer_list<int> values) {
-    int k = 0;
-    for (int v : values) h.set(m, k++, v);
-    h.ticks(1);
-    return h.out(m);
-}
-
-}  // namespace
-
 TEST(Sums, AddLimitsAndKeepsTheLightUntilTheSumFallsBelow128) {
     ModuleHarness h;
     auto& add = static_cast<Add&>(h.add("Add"));
