@@ -82,12 +82,49 @@ void FillState::open(std::span<const uint8_t> values, int lastStage, int scale) 
     restoreOnExit = true;
 }
 
-bool FillState::close() {
+bool FillState::close(const std::function<void()>& send) {
     const bool restored = restoreOnExit;
-    if (restored) hold = original;
     restoreOnExit = false;
+    if (restored) {
+        hold = original;
+        if (send) send();
+    }
     knobs.scale = 0;
     return restored;
+}
+
+int FillState::stageAtPixel(double x, double barWidth) const {
+    if (barWidth <= 0) return 0;
+    return std::clamp(static_cast<int>(x / barWidth), 0, visibleLast());
+}
+
+int FillState::valueAtPixel(double y, double height) const {
+    const int scale = knobs.scale == 0 ? 127 : knobs.scale;
+    if (height <= 0) return 0;
+    return std::clamp(static_cast<int>((height - y) / (height / scale)), 0, 127);
+}
+
+int keyboardKeyAt(int x, int y) {
+    static constexpr int kOctave = 1260;
+    static constexpr int kWhiteTop = 675;
+    static constexpr int kBlackTop = 280;
+    static constexpr std::array<int, 7> kWhiteKeys = {0, 2, 4, 5, 7, 9, 11};
+    static constexpr std::array<int, 7> kWhiteLefts = {45, 225, 405, 570, 765, 945, 1140};
+    if (x < 0 || y < kBlackTop || x >= 6 * kOctave) return -1;
+    const int octave = x / kOctave;
+    const int at = x % kOctave;
+    int white = 0;
+    for (size_t i = 0; i < kWhiteLefts.size(); ++i)
+        if (at >= kWhiteLefts[i]) white = static_cast<int>(i);
+    if (y < kWhiteTop) {
+        // A black key sits over the seam between two white keys.
+        for (size_t i = 1; i < kWhiteLefts.size(); ++i) {
+            const int key = kWhiteKeys[i] - 1;
+            if (key == kWhiteKeys[i - 1]) continue;  // no black key between E and F
+            if (std::abs(at - kWhiteLefts[i]) <= 60) return octave * 12 + key;
+        }
+    }
+    return octave * 12 + kWhiteKeys[static_cast<size_t>(white)];
 }
 
 void FillState::push() {

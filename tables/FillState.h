@@ -6,6 +6,7 @@
 // the table that opened it.
 
 #include <array>
+#include <functional>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -64,8 +65,10 @@ public:
     void open(std::span<const uint8_t> values, int lastStage, int scale = 0);
     // OK: the changes stay.
     void accept() { restoreOnExit = false; }
-    // Closing for any reason: true when Hold went back to the original (send it once more).
-    bool close();
+    // Closing for any reason: without OK, Hold goes back to the original and `send` takes
+    // it to the caller once more, with the caller's scale; then the scale is cleared.
+    // True when it went back.
+    bool close(const std::function<void()>& send = {});
 
     // Runs command `index`; true when Hold may have changed and the caller wants it. OK,
     // Cancel and Help are the dialog's own.
@@ -107,6 +110,10 @@ public:
     // The harmonic sort of Start..End with the current key.
     void harmonicSort();
 
+    // The bars drawn in a view `height` pixels high, `barWidth` pixels a bar.
+    int stageAtPixel(double x, double barWidth) const;
+    int valueAtPixel(double y, double height) const;
+
 private:
     std::array<Row, kUndoSteps> undoRows_{};
     std::array<uint8_t, kUndoSteps> undoMarks_{};
@@ -116,6 +123,10 @@ private:
     Row shiftCopy_{};
     void swapWithRing();
 };
+
+// The key under a point of the virtual keyboard, in twips: 0..71 over six octaves of
+// 1260 twips, white keys below 675 twips and black keys above; -1 off the keys.
+int keyboardKeyAt(int x, int y);
 
 // The one Fill state of the program.
 FillState& fillState();

@@ -43,8 +43,13 @@ TEST(FillState, OpeningSetsTheKnobsFromTheCallerAndCancelRestores) {
     EXPECT_EQ(s.knobs.scale, 36);
     // Twenty operations, then a close without OK: all taken back.
     for (int i = 0; i < 20; ++i) s.command(i % 2 ? fillcmd::Rand : fillcmd::Revrs);
-    EXPECT_TRUE(s.close());
-    EXPECT_EQ(head(s.hold, 8), (V{10, 11, 12, 13, 14, 15, 16, 17}));
+    int sent = 0;
+    EXPECT_TRUE(s.close([&] {
+        ++sent;
+        EXPECT_EQ(s.knobs.scale, 36) << "the caller gets its own scale back";
+        EXPECT_EQ(head(s.hold, 8), (V{10, 11, 12, 13, 14, 15, 16, 17}));
+    }));
+    EXPECT_EQ(sent, 1);
     EXPECT_EQ(s.knobs.scale, 0) << "the scale is the caller's, cleared on closing";
 
     // Without a scale of its own the caller gets 127; OK keeps the changes.
@@ -52,7 +57,8 @@ TEST(FillState, OpeningSetsTheKnobsFromTheCallerAndCancelRestores) {
     EXPECT_EQ(s.knobs.scale, 127);
     s.command(fillcmd::Erase);
     s.accept();
-    EXPECT_FALSE(s.close());
+    EXPECT_FALSE(s.close([&] { ++sent; }));
+    EXPECT_EQ(sent, 1);
     EXPECT_EQ(head(s.hold, 4), (V{0, 0, 0, 0}));
 }
 
@@ -343,4 +349,26 @@ TEST(HarmonicKeys, TheFileRoundTripsAndAMissingOneIsNoError) {
     EXPECT_FALSE(back.load(dir.file("cut.bin"), reason));
     EXPECT_FALSE(reason.empty());
     EXPECT_EQ(back.current, 9) << "a damaged file changes nothing";
+}
+
+TEST(FillState, BarsAndKeysUnderThePointer) {
+    FillState s;
+    s.open(ramp(8), 7, 64);
+    EXPECT_EQ(s.stageAtPixel(-3, 10), 0);
+    EXPECT_EQ(s.stageAtPixel(79.9, 10), 7);
+    EXPECT_EQ(s.stageAtPixel(500, 10), 7) << "the caller's last stage";
+    s.fullView = true;
+    EXPECT_EQ(s.stageAtPixel(500, 10), 50);
+    EXPECT_EQ(s.valueAtPixel(160, 160), 0);
+    EXPECT_EQ(s.valueAtPixel(80, 160), 32);
+    EXPECT_EQ(s.valueAtPixel(-50, 160), 84) << "above the top: past the scale, within 127";
+
+    EXPECT_EQ(keyboardKeyAt(50, 800), 0);
+    EXPECT_EQ(keyboardKeyAt(1150, 800), 11);
+    EXPECT_EQ(keyboardKeyAt(1260 + 770, 900), 19);
+    EXPECT_EQ(keyboardKeyAt(230, 400), 1) << "a black key over the seam of C and D";
+    EXPECT_EQ(keyboardKeyAt(580, 400), 5) << "none between E and F";
+    EXPECT_EQ(keyboardKeyAt(5 * 1260 + 1200, 800), 71);
+    EXPECT_EQ(keyboardKeyAt(6 * 1260, 800), -1);
+    EXPECT_EQ(keyboardKeyAt(100, 100), -1);
 }
