@@ -1,6 +1,7 @@
 #include "gui/panels/sequencers/TableViews.h"
 
 #include <QMouseEvent>
+#include <QPaintEvent>
 #include <QPainter>
 #include <cmath>
 #include <numbers>
@@ -45,14 +46,29 @@ int BarsView::heightTwips() { return (kHeight - kTop) * kTwipsPerPixel; }
 
 void BarsView::show(const Shown& now) {
     if (now == shown_) return;
+    // Only what changed is drawn again: a moving lamp is two small squares.
+    const bool sameScale = now.number == shown_.number && now.row.size() == shown_.row.size();
+    if (!sameScale) {
+        shown_ = now;
+        update();
+        return;
+    }
+    auto column = [this](int i) {
+        return QRect(SlideSequencer::kAreaLeft - kLeft + i * barWidth_, 0, barWidth_, height());
+    };
+    if (now.selected != shown_.selected) {
+        update(column(shown_.selected));
+        update(column(now.selected));
+    }
+    for (size_t i = 0; i < now.row.size(); ++i)
+        if (now.row[i] != shown_.row[i]) update(column(static_cast<int>(i)));
     shown_ = now;
-    update();
 }
 
-void BarsView::paintEvent(QPaintEvent*) {
+void BarsView::paintEvent(QPaintEvent* event) {
     QPainter p(this);
     const QColor face = parentWidget() ? parentWidget()->palette().color(QPalette::Window) : palette().color(QPalette::Window);
-    p.fillRect(rect(), face);
+    p.fillRect(event->rect(), face);
     const float scale = static_cast<float>(SlideSequencer::kBarRoom) / static_cast<float>(std::max(1, shown_.number));
     const int floor = SlideSequencer::kFloor - kTop;
     const int barPixels = std::max(1, barWidth_ - 1);
@@ -60,7 +76,9 @@ void BarsView::paintEvent(QPaintEvent*) {
     small.setPixelSize(8);
     p.setFont(small);
     const int labelEvery = std::max(1, (14 + barWidth_ - 1) / barWidth_);
-    for (int i = 0; i < stages_; ++i) {
+    const int firstColumn = std::max(0, (event->rect().left() - (SlideSequencer::kAreaLeft - kLeft)) / barWidth_ - labelEvery);
+    const int lastColumn = std::min(stages_ - 1, (event->rect().right() - (SlideSequencer::kAreaLeft - kLeft)) / barWidth_ + 1);
+    for (int i = firstColumn; i <= lastColumn; ++i) {
         const int left = SlideSequencer::kAreaLeft - kLeft + i * barWidth_;
         p.fillRect(left, floor - SlideSequencer::kBarRoom, barPixels, SlideSequencer::kBarRoom, kBack);
         const int value = i < static_cast<int>(shown_.row.size()) ? shown_.row[static_cast<size_t>(i)] : 0;
