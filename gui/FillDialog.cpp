@@ -38,6 +38,9 @@ const QColor kInUse(0, 190, 70);
 const QColor kPastLast(150, 150, 150);
 const char* const kKnobNames[] = {"Start", "End", "Low", "High", "Scale"};
 const QString kTitle = QStringLiteral("Quillmer");
+// Where the dialog stood when it last closed; the next one opens there.
+QPoint lastPlace;
+bool placed = false;
 
 QString noteText(int value) {
     const std::string_view name = PitchNames[static_cast<size_t>(value % 12)];
@@ -143,6 +146,7 @@ FillDialog::FillDialog(FillState& state, std::function<void()> send, UserDialogs
     setModal(true);
     build();
     changed(false);
+    if (placed) move(lastPlace);
 }
 
 FillDialog::~FillDialog() {
@@ -448,6 +452,8 @@ void FillDialog::done(int result) {
     if (!closed_) {
         closed_ = true;
         state_.close(send_);
+        lastPlace = pos();
+        placed = true;
     }
     QDialog::done(result);
 }

@@ -12,6 +12,7 @@ namespace quillmer::gui {
 
 FillDialog* openFillDialog(Engine& engine, UserDialogs& dialogs, ModuleFinder find, const QString& name, QWidget* parent) {
     FillState& state = fillState();
+    bool* pageFlag = nullptr;  // cleared on closing even if the page module went meanwhile
     static const bool keysLoaded = [&state] {
         loadHarmonicKeys(state.hsort);
         return true;
@@ -26,6 +27,7 @@ FillDialog* openFillDialog(Engine& engine, UserDialogs& dialogs, ModuleFinder fi
         target->copyToFill(std::span<uint8_t>(values.data(), static_cast<size_t>(n)));
         state.open(std::span<const uint8_t>(values.data(), static_cast<size_t>(n)), n - 1, target->fillScale());
         target->fillOpened(true);
+        if (auto* pages = dynamic_cast<PageSequencer*>(target)) pageFlag = &pages->fillOpenFlag();
     }
     auto send = [&engine, find, &state] {
         auto held = engine.lock();
@@ -36,9 +38,10 @@ FillDialog* openFillDialog(Engine& engine, UserDialogs& dialogs, ModuleFinder fi
     };
     auto* dialog = new FillDialog(state, send, dialogs, QStringLiteral("Fill: ") + name, parent);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    QObject::connect(dialog, &QDialog::finished, dialog, [&engine, find] {
+    QObject::connect(dialog, &QDialog::finished, dialog, [&engine, find, pageFlag] {
         auto held = engine.lock();
         if (auto* target = dynamic_cast<FillTarget*>(find())) target->fillOpened(false);
+        if (pageFlag) *pageFlag = false;
     });
     dialog->open();
     return dialog;

@@ -59,6 +59,8 @@ public:
     void copyToFill(std::span<uint8_t> hold) const override;
     void UpdateSeq(std::span<const uint8_t> hold, int fillScale) override;
     void fillOpened(bool open) override { fillOpen_ = open; }
+    // The flag of the type, for clearing after the module has gone.
+    bool& fillOpenFlag() { return fillOpen_; }
 
     // Pages and names, then the usual inputs, then one spare byte per snapshot.
     void writeBody(ByteWriter& out, const OutputNames& names) const override;

@@ -254,6 +254,26 @@ TEST(FillDialogs, PagesKeepTheirPageWhileTheDialogIsOpen) {
     EXPECT_EQ(static_cast<PageSequencer&>(first).value(4, 0), 4);
 }
 
+TEST(FillDialogs, ClosingAfterItsPageWentFreesTheOthersOfTheType) {
+    GuiHarness h;
+    h.placeModule("Page08");
+    h.placeModule("Page08");
+    Module& first = module(h, "1Page08-");
+    Module& second = module(h, "2Page08-");
+    gui::FillDialog& dialog = openFill(h, "1Page08-");
+    {
+        auto held = h.engine().lock();
+        h.engine().Delete(first);
+    }
+    h.window().refresh();
+    dialog.command(0)->click();  // OK: nothing to send to
+    processEvents();
+    connectThroughList(h, "2Page08-", 1, "~   9");
+    runTicks(h);
+    auto held = h.engine().lock();
+    EXPECT_EQ(static_cast<PageSequencer&>(second).CurrentPage, 9);
+}
+
 TEST(PageTables, TheEditorReturnsRowsAndNames) {
     GuiHarness h;
     h.placeModule("Page12");
