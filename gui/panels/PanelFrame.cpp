@@ -438,7 +438,7 @@ void PanelFrame::showControl(int index, const Shown& was, const Shown& now, bool
         case ControlKind::UpDown: {
             auto* spin = static_cast<QSpinBox*>(control.widget);
             const QSignalBlocker quiet(spin);
-            if (c.rangeFromModule) spin->setMaximum(now.selected);
+            if (c.rangeFromModule && spin->maximum() != now.selected) spin->setMaximum(now.selected);
             spin->setValue(now.number);
             break;
         }

@@ -16,6 +16,8 @@ const QColor kBack(40, 48, 40);
 const QColor kFront(0, 200, 80);
 const QColor kLampOn(255, 0, 0);
 const QColor kLampOff(110, 0, 0);
+constexpr int kLampTop = 3;
+constexpr int kLampHeight = 5;
 
 int buttonOf(Qt::MouseButton b) { return b == Qt::LeftButton ? 1 : b == Qt::NoButton ? 0 : 2; }
 int heldOf(Qt::MouseButtons held) { return held & Qt::LeftButton ? 1 : held == Qt::NoButton ? 0 : 2; }
@@ -56,9 +58,10 @@ void BarsView::show(const Shown& now) {
     auto column = [this](int i) {
         return QRect(SlideSequencer::kAreaLeft - kLeft + i * barWidth_, 0, barWidth_, height());
     };
+    auto lamp = [this](int i) { return QRect(SlideSequencer::kAreaLeft - kLeft + i * barWidth_, kLampTop, barWidth_, kLampHeight); };
     if (now.selected != shown_.selected) {
-        update(column(shown_.selected));
-        update(column(now.selected));
+        update(lamp(shown_.selected));
+        update(lamp(now.selected));
     }
     for (size_t i = 0; i < now.row.size(); ++i)
         if (now.row[i] != shown_.row[i]) update(column(static_cast<int>(i)));
@@ -84,8 +87,8 @@ void BarsView::paintEvent(QPaintEvent* event) {
         const int value = i < static_cast<int>(shown_.row.size()) ? shown_.row[static_cast<size_t>(i)] : 0;
         const int h = std::min(static_cast<int>(std::lround(static_cast<float>(value) * scale)), SlideSequencer::kBarRoom);
         if (h > 0) p.fillRect(left, floor - h, barPixels, h, kFront);
-        p.fillRect(left, 3, barPixels, 5, i == shown_.selected ? kLampOn : kLampOff);
-        if (i % labelEvery == 0) {
+        p.fillRect(left, kLampTop, barPixels, kLampHeight, i == shown_.selected ? kLampOn : kLampOff);
+        if (i % labelEvery == 0 && event->rect().bottom() > floor) {
             p.setPen(palette().color(QPalette::WindowText));
             p.drawText(QRect(left - 4, floor + 2, barWidth_ * labelEvery + 8, 11), Qt::AlignLeft | Qt::AlignTop, QString::number(i));
         }
