@@ -4,6 +4,9 @@
 
 #include "engine/Placement.h"
 #include "gui/ChannelDialog.h"
+#include "gui/FillDialog.h"
+#include "gui/PageTableEditor.h"
+#include "gui/TableDialogs.h"
 #include "gui/ConnectPopup.h"
 #include "gui/ModuleStatusDialog.h"
 #include "gui/UserDialogs.h"
@@ -339,10 +342,23 @@ void PanelBoard::forward(PanelFrame* frame, int control, const Gesture& g) {
     refresh();
 }
 
+FillDialog* PanelBoard::fillDialog() const { return fill_; }
+PageTableEditor* PanelBoard::pageTable() const { return pageTable_; }
+
 void PanelBoard::askDialog(PanelFrame* frame, int control) {
     Slot* slot = slotOf(frame);
     if (!slot) return;
     const ControlSpec& c = panelSpec(slot->type).controls.at(static_cast<size_t>(control));
+    if (c.dialog == Dialog::Fill || c.dialog == Dialog::PageTable) {
+        ModuleFinder find = [this, module = slot->module, type = slot->type, index = slot->index] {
+            return live(session_.engine, module, type, index);
+        };
+        if (c.dialog == Dialog::Fill)
+            fill_ = openFillDialog(session_.engine, dialogs_, find, slot->name, mainWindow_);
+        else
+            pageTable_ = openPageTable(session_.engine, dialogs_, find, mainWindow_);
+        return;
+    }
     if (c.dialog == Dialog::ChainFile) {
         QString folder;
         {

@@ -7,6 +7,7 @@
 // are opened from here.
 
 #include <QObject>
+#include <QPointer>
 #include <QRect>
 #include <QString>
 #include <vector>
@@ -25,6 +26,8 @@ struct StatusChoice;
 namespace quillmer::gui {
 
 class ChannelDialog;
+class FillDialog;
+class PageTableEditor;
 class ConnectPopup;
 class ModuleStatusDialog;
 class UserDialogs;
@@ -68,6 +71,9 @@ public:
     ConnectPopup& connectPopup() const { return *connect_; }
     ModuleStatusDialog& statusDialog() const { return *status_; }
     ChannelDialog& channelDialog() const { return *channel_; }
+    // The table dialogs a panel opened, while they are open.
+    FillDialog* fillDialog() const;
+    PageTableEditor* pageTable() const;
 
 signals:
     // Modules came or went, or changed page or name: the module map redraws.
@@ -136,6 +142,8 @@ private:
         int control = 0;
     };
     Target pending_;
+    QPointer<FillDialog> fill_;
+    QPointer<PageTableEditor> pageTable_;
 };
 
 }  // namespace quillmer::gui

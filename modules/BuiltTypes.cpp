@@ -12,6 +12,9 @@
 #include "modules/processors/Selection.h"
 #include "modules/processors/Sums.h"
 #include "modules/sequencers/Clocks.h"
+#include "modules/sequencers/Pages.h"
+#include "modules/sequencers/Runs.h"
+#include "modules/sequencers/Slides.h"
 #include "modules/sequencers/Steps.h"
 
 namespace quillmer {
@@ -41,6 +44,30 @@ void registerBuiltTypes(ModuleRegistry& registry) {
     registry.add<Step16>("Step16");
     registry.add<Step24>("Step24");
     registry.add<Step32>("Step32");
+    registry.add<Slide4>("Slide4");
+    registry.add<Slide8>("Slide8");
+    registry.add<Slide12>("Slide12");
+    registry.add<Slide16>("Slide16");
+    registry.add<Slide24>("Slide24");
+    registry.add<Slide32>("Slide32");
+    registry.add<Slide48>("Slide48");
+    registry.add<Slide64>("Slide64");
+    registry.add<Slide128>("Slide128");
+    registry.add<Run8>("Run8");
+    registry.add<Run12>("Run12");
+    registry.add<Run16>("Run16");
+    registry.add<Run24>("Run24");
+    registry.add<Run32>("Run32");
+    registry.add<Run48>("Run48");
+    registry.add<Run64>("Run64");
+    registry.add<Run128>("Run128");
+    registry.add<Page08>("Page08");
+    registry.add<Page12>("Page12");
+    registry.add<Page16>("Page16");
+    registry.add<Page24>("Page24");
+    registry.add<Page32>("Page32");
+    registry.add<Page64>("Page64");
+    registry.add<Page128>("Page128");
     registry.add<Notes>("Notes");
     registry.add<XNote>("XNote");
     registry.add<Arpeg>("Arpeg");

@@ -12,6 +12,7 @@
 #include "engine/Constants.h"
 #include "gui/Lamp.h"
 #include "gui/panels/StatusIcon.h"
+#include "gui/panels/sequencers/TableViews.h"
 #include "modules/sequencers/Steps.h"
 
 namespace quillmer::gui {
@@ -155,6 +156,7 @@ void PanelFrame::buildControls(int& y, int& width) {
     int besideX = besideInputsLeft();
     const int besideY = kPad + kTitleHeight + kGap + (inputButtons_.empty() ? 0 : kLabelHeight);
     bool rowUsed = false;
+    int rowHeight = kRowHeight;
     controls_.resize(spec_.controls.size());
     // Lamps go right of every other title item.
     for (size_t i = 0; i < spec_.controls.size(); ++i) {
@@ -186,7 +188,8 @@ void PanelFrame::buildControls(int& y, int& width) {
             continue;
         }
         if (c.kind == ControlKind::StageRow) {
-            if (rowUsed) y += kRowHeight + kGap;
+            if (rowUsed) y += rowHeight + kGap;
+            rowHeight = kRowHeight;
             y = buildStageRow(index, y, c.stages);
             width = std::max(width, std::min(kStagesPerLine, c.stages) * kStageWidth + 2 * kPad);
             x = kPad;
@@ -194,17 +197,20 @@ void PanelFrame::buildControls(int& y, int& width) {
             continue;
         }
         if (c.newRow && rowUsed) {
-            y += kRowHeight + kGap;
+            y += rowHeight + kGap;
             x = kPad;
+            rowHeight = kRowHeight;
         }
+        const int height = c.heightTwips > 0 ? c.heightTwips : kRowHeight;
         QWidget* w = makeControl(index, c);
-        w->setGeometry(px(x), px(y), px(c.widthTwips), px(kRowHeight));
+        w->setGeometry(px(x), px(y), px(c.widthTwips), px(height));
         controls_[i].widget = w;
         x += c.widthTwips + kGap;
         width = std::max(width, x - kGap + kPad);
+        rowHeight = std::max(rowHeight, height);
         rowUsed = true;
     }
-    if (rowUsed) y += kRowHeight + kGap;
+    if (rowUsed) y += rowHeight + kGap;
 }
 
 QWidget* PanelFrame::makeControl(int index, const ControlSpec& c) {
@@ -290,6 +296,18 @@ QWidget* PanelFrame::makeControl(int index, const ControlSpec& c) {
                 emit gesture(index, g);
             });
             w = spin;
+            break;
+        }
+        case ControlKind::Bars: {
+            auto* bars = new BarsView(c.stages, c.barWidth, c.rightEdge, this);
+            connect(bars, &BarsView::gesture, this, [this, index](const Gesture& g) { emit gesture(index, g); });
+            w = bars;
+            break;
+        }
+        case ControlKind::Knob: {
+            auto* knob = new KnobView(this);
+            connect(knob, &KnobView::gesture, this, [this, index](const Gesture& g) { emit gesture(index, g); });
+            w = knob;
             break;
         }
         case ControlKind::Lamp:
@@ -395,7 +413,12 @@ void PanelFrame::showControl(int index, const Shown& was, const Shown& now, bool
                                          : QStringLiteral("background: #00c000; color: black;"));
             break;
         }
-        case ControlKind::Button: setElided(static_cast<QPushButton*>(control.widget), QString::fromStdString(now.text)); break;
+        case ControlKind::Button:
+            if (c.enabledFromModule)
+                control.widget->setEnabled(now.on);
+            else
+                setElided(static_cast<QPushButton*>(control.widget), QString::fromStdString(now.text));
+            break;
         case ControlKind::EditBox: {
             auto* edit = static_cast<QLineEdit*>(control.widget);
             if (!edit->hasFocus()) edit->setText(QString::number(now.number));
@@ -415,10 +438,13 @@ void PanelFrame::showControl(int index, const Shown& was, const Shown& now, bool
         case ControlKind::UpDown: {
             auto* spin = static_cast<QSpinBox*>(control.widget);
             const QSignalBlocker quiet(spin);
+            if (c.rangeFromModule && spin->maximum() != now.selected) spin->setMaximum(now.selected);
             spin->setValue(now.number);
             break;
         }
         case ControlKind::StageRow: showStages(control, now); break;
+        case ControlKind::Bars: static_cast<BarsView*>(control.widget)->show(now); break;
+        case ControlKind::Knob: static_cast<KnobView*>(control.widget)->setValue(now.number); break;
     }
 }
 

@@ -27,6 +27,7 @@ public:
         addMemoryPanels(add);
         addClockPanels(add);
         addStepPanels(add);
+        addTablePanels(add);
         addNoteOutputPanels(add);
         addNoteValuePanels(add);
         addChainPanel(add);

@@ -55,7 +55,13 @@ struct Gesture {
     int item = 0;       // a stage, a menu row
     int number = 0;     // an up-down value
     std::string text;   // typed text, a chosen file
-    enum class Kind { Text, Click, Value } kind = Kind::Click;
+    enum class Kind { Text, Click, Value, Press, Move, Release, Leave } kind = Kind::Click;
+    // A mouse gesture on a drawn control: where, in its own units, and which button
+    // (0 none, 1 left, 2 any other) with which keys (1 Ctrl, 2 Shift, 4 Alt).
+    int x = 0;
+    int y = 0;
+    int button = 0;
+    int keys = 0;
 };
 
 enum class ControlKind {
@@ -68,10 +74,12 @@ enum class ControlKind {
     Choice,    // a drop-down list (cbNotes)
     StageRow,  // the stage boxes, numbers and lamps of a stage table
     UpDown,    // steps a value up and down (UpDown1)
+    Bars,      // the bars of a slide table, drawn and painted with the mouse
+    Knob,      // a knob turned by the angle of the pointer (iKnob)
 };
 
 // Buttons whose gesture needs a question first; the panel board asks it.
-enum class Dialog { None, Channel, ChainFile };
+enum class Dialog { None, Channel, ChainFile, Fill, PageTable };
 
 using Reader = std::function<Shown(const Module&)>;
 using Editor = std::function<void(Module&, Engine&, const Gesture&)>;
@@ -90,6 +98,11 @@ struct ControlSpec {
     int minimum = 0;         // an up-down's range
     int maximum = 127;
     int stages = 0;          // a stage row's stage count
+    int heightTwips = 0;     // a drawn control's height; 0: a row's
+    int barWidth = 0;        // bars: pixels a bar, and the right edge of the painted area
+    int rightEdge = 0;
+    bool rangeFromModule = false;    // an up-down whose maximum the reader gives (Shown::selected)
+    bool enabledFromModule = false;  // a button the reader enables (Shown::on)
     bool enabled = true;
     bool newRow = false;     // starts a new row of controls
     bool enableColours = false;  // a switch green while out, red while in (opEnable)
@@ -148,6 +161,7 @@ void addSelectionPanels(const PanelAdder& add);
 void addMemoryPanels(const PanelAdder& add);
 void addClockPanels(const PanelAdder& add);
 void addStepPanels(const PanelAdder& add);
+void addTablePanels(const PanelAdder& add);
 void addNoteOutputPanels(const PanelAdder& add);
 void addNoteValuePanels(const PanelAdder& add);
 void addChainPanel(const PanelAdder& add);

@@ -136,6 +136,11 @@ void StepSequencer::UpdateSeq(std::span<const uint8_t> fillHold) {
     SendOut();
 }
 
+void StepSequencer::copyToFill(std::span<uint8_t> hold) const {
+    const size_t n = std::min(StageValues.size(), hold.size());
+    for (size_t i = 0; i < n; ++i) hold[i] = static_cast<uint8_t>(StageValues[i]);
+}
+
 void StepSequencer::recallSettings(int snapshot) {
     const size_t n = StageValues.size();
     const uint8_t* row = storedRows_.data() + static_cast<size_t>(snapshot) * n;

@@ -13,6 +13,7 @@
 #include "engine/Catalogue.h"
 #include "engine/Durations.h"
 #include "engine/Module.h"
+#include "modules/sequencers/FillTarget.h"
 
 namespace quillmer {
 
@@ -57,7 +58,7 @@ private:
 // A stage table of N stages (2, 4, 8, 12, 16, 24 or 32). The Stage input picks the stage;
 // a stage clicked on the panel stays until the input changes. Stage values are per
 // snapshot: a recall brings another row and keeps the stage.
-class StepSequencer : public Module {
+class StepSequencer : public Module, public FillTarget {
 public:
     static constexpr InputSpec kInputs[] = {{" Stage", "Stage Select", sysbus::Off}};
     static constexpr std::string_view kStageTip = "Enter Stage Value 0-127";
@@ -90,6 +91,9 @@ public:
     void stepUpDown(int delta) { setUpDown(upDownValue() + delta); }
     // The Fill dialog's row: its first N values become the stages.
     void UpdateSeq(std::span<const uint8_t> fillHold);
+    int fillStages() const override { return stageCount(); }
+    void copyToFill(std::span<uint8_t> hold) const override;
+    void UpdateSeq(std::span<const uint8_t> hold, int) override { UpdateSeq(hold); }
     // The current stage's value to the output.
     void SendOut();
 

@@ -67,7 +67,7 @@ TEST(StageEdits, TypedValuesReachTheBusAndTheSnapshot) {
     runTicks(h);
     EXPECT_EQ(stageBox(steps, 3)->text(), QStringLiteral("42"));
     EXPECT_EQ(shownText(steps, "bxOut1"), QStringLiteral("42"));
-    EXPECT_FALSE(part<QPushButton>(steps, "btnFill")->isEnabled());
+    EXPECT_TRUE(part<QPushButton>(steps, "btnFill")->isEnabled());
 }
 
 TEST(StatusDialog, ThePriorityReachesTheModuleAndDisablingGreysTheOptions) {

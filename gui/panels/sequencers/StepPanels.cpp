@@ -8,8 +8,6 @@
 namespace quillmer::gui {
 
 namespace {
-constexpr const char* kFillNotYet = "The Fill dialog isn't available yet.";
-
 PanelSpec stageTable(int count) {
     PanelSpec spec;
     spec.inputColumns = 1;
@@ -32,6 +30,7 @@ PanelSpec stageTable(int count) {
             case Gesture::Kind::Text: table.editStageText(g.item, g.text); break;
             case Gesture::Kind::Click: table.clickStage(g.item); break;
             case Gesture::Kind::Value: table.setUpDown(g.number); break;
+            default: return;
         }
         e.MarkPatchChanged(true);
     };
@@ -52,8 +51,7 @@ PanelSpec stageTable(int count) {
     fill.kind = ControlKind::Button;
     fill.objectName = QStringLiteral("btnFill");
     fill.caption = text(StepSequencer::kFillCaption);
-    fill.tip = QLatin1String(kFillNotYet);
-    fill.enabled = false;
+    fill.dialog = Dialog::Fill;
     fill.widthTwips = 600;
     fill.place = ControlSpec::Place::BesideInputs;
     upDown.place = ControlSpec::Place::BesideInputs;

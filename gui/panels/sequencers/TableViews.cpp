@@ -1,0 +1,182 @@
+#include "gui/panels/sequencers/TableViews.h"
+
+#include <QMouseEvent>
+#include <QPaintEvent>
+#include <QPainter>
+#include <cmath>
+#include <numbers>
+
+#include "engine/Constants.h"
+#include "modules/sequencers/Slides.h"
+
+namespace quillmer::gui {
+
+namespace {
+const QColor kBack(40, 48, 40);
+const QColor kFront(0, 200, 80);
+const QColor kLampOn(255, 0, 0);
+const QColor kLampOff(110, 0, 0);
+constexpr int kLampTop = 3;
+constexpr int kLampHeight = 5;
+
+int buttonOf(Qt::MouseButton b) { return b == Qt::LeftButton ? 1 : b == Qt::NoButton ? 0 : 2; }
+int heldOf(Qt::MouseButtons held) { return held & Qt::LeftButton ? 1 : held == Qt::NoButton ? 0 : 2; }
+}  // namespace
+
+int gestureKeys(Qt::KeyboardModifiers modifiers) {
+    return (modifiers & Qt::ControlModifier ? 1 : 0) | (modifiers & Qt::ShiftModifier ? 2 : 0) |
+           (modifiers & Qt::AltModifier ? 4 : 0);
+}
+
+double knobAngle(int value) {
+    const int t = ((value & 127) + 96) & 127;  // the inverse of (t + 160) AND 127
+    return std::numbers::pi - t / 20.212677;
+}
+
+// --- BarsView ---
+
+BarsView::BarsView(int stages, int barWidth, int rightEdge, QWidget* parent)
+    : QWidget(parent), stages_(stages), barWidth_(barWidth), rightEdge_(rightEdge) {
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setMouseTracking(true);
+    shown_.row.assign(static_cast<size_t>(stages), 0);
+    shown_.number = SlideSequencer::kDefaultLimit;
+}
+
+int BarsView::widthTwips(int rightEdge) { return (rightEdge - kLeft + 2) * kTwipsPerPixel; }
+int BarsView::heightTwips() { return (kHeight - kTop) * kTwipsPerPixel; }
+
+void BarsView::show(const Shown& now) {
+    if (now == shown_) return;
+    // Only what changed is drawn again: a moving lamp is two small squares.
+    const bool sameScale = now.number == shown_.number && now.row.size() == shown_.row.size();
+    if (!sameScale) {
+        shown_ = now;
+        update();
+        return;
+    }
+    auto column = [this](int i) {
+        return QRect(SlideSequencer::kAreaLeft - kLeft + i * barWidth_, 0, barWidth_, height());
+    };
+    auto lamp = [this](int i) { return QRect(SlideSequencer::kAreaLeft - kLeft + i * barWidth_, kLampTop, barWidth_, kLampHeight); };
+    if (now.selected != shown_.selected) {
+        update(lamp(shown_.selected));
+        update(lamp(now.selected));
+    }
+    for (size_t i = 0; i < now.row.size(); ++i)
+        if (now.row[i] != shown_.row[i]) update(column(static_cast<int>(i)));
+    shown_ = now;
+}
+
+void BarsView::paintEvent(QPaintEvent* event) {
+    QPainter p(this);
+    const QColor face = parentWidget() ? parentWidget()->palette().color(QPalette::Window) : palette().color(QPalette::Window);
+    p.fillRect(event->rect(), face);
+    const float scale = static_cast<float>(SlideSequencer::kBarRoom) / static_cast<float>(std::max(1, shown_.number));
+    const int floor = SlideSequencer::kFloor - kTop;
+    const int barPixels = std::max(1, barWidth_ - 1);
+    QFont small = font();
+    small.setPixelSize(8);
+    p.setFont(small);
+    const int labelEvery = std::max(1, (14 + barWidth_ - 1) / barWidth_);
+    const int firstColumn = std::max(0, (event->rect().left() - (SlideSequencer::kAreaLeft - kLeft)) / barWidth_ - labelEvery);
+    const int lastColumn = std::min(stages_ - 1, (event->rect().right() - (SlideSequencer::kAreaLeft - kLeft)) / barWidth_ + 1);
+    for (int i = firstColumn; i <= lastColumn; ++i) {
+        const int left = SlideSequencer::kAreaLeft - kLeft + i * barWidth_;
+        p.fillRect(left, floor - SlideSequencer::kBarRoom, barPixels, SlideSequencer::kBarRoom, kBack);
+        const int value = i < static_cast<int>(shown_.row.size()) ? shown_.row[static_cast<size_t>(i)] : 0;
+        const int h = std::min(static_cast<int>(std::lround(static_cast<float>(value) * scale)), SlideSequencer::kBarRoom);
+        if (h > 0) p.fillRect(left, floor - h, barPixels, h, kFront);
+        p.fillRect(left, kLampTop, barPixels, kLampHeight, i == shown_.selected ? kLampOn : kLampOff);
+        if (i % labelEvery == 0 && event->rect().bottom() > floor) {
+            p.setPen(palette().color(QPalette::WindowText));
+            p.drawText(QRect(left - 4, floor + 2, barWidth_ * labelEvery + 8, 11), Qt::AlignLeft | Qt::AlignTop, QString::number(i));
+        }
+    }
+}
+
+Gesture BarsView::at(Gesture::Kind kind, QMouseEvent* event, int button) const {
+    Gesture g;
+    g.kind = kind;
+    const QPoint pos = event->position().toPoint();
+    g.x = pos.x() + kLeft;
+    g.y = pos.y() + kTop;
+    g.button = button;
+    g.keys = gestureKeys(event->modifiers());
+    return g;
+}
+
+void BarsView::mousePressEvent(QMouseEvent* event) {
+    const QPoint pos = event->position().toPoint();
+    const int x = pos.x() + kLeft;
+    const int y = pos.y() + kTop;
+    const bool inArea = y >= SlideSequencer::kAreaTop && y <= SlideSequencer::kAreaBottom &&
+                        x >= SlideSequencer::kAreaLeft && x <= rightEdge_;
+    if (!inArea) {
+        event->ignore();  // the panel takes it: a drag
+        return;
+    }
+    emit gesture(at(Gesture::Kind::Press, event, buttonOf(event->button())));
+}
+
+void BarsView::mouseMoveEvent(QMouseEvent* event) { emit gesture(at(Gesture::Kind::Move, event, heldOf(event->buttons()))); }
+
+void BarsView::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->buttons() != Qt::NoButton) return;  // the last button up ends the edit
+    emit gesture(at(Gesture::Kind::Release, event, buttonOf(event->button())));
+}
+
+void BarsView::leaveEvent(QEvent*) {
+    Gesture g;
+    g.kind = Gesture::Kind::Leave;
+    emit gesture(g);
+}
+
+// --- KnobView ---
+
+KnobView::KnobView(QWidget* parent) : QWidget(parent) { setCursor(Qt::PointingHandCursor); }
+
+void KnobView::setValue(int value) {
+    if (value == value_) return;
+    value_ = value;
+    update();
+}
+
+void KnobView::paintEvent(QPaintEvent*) {
+    QPainter p(this);
+    p.setRenderHint(QPainter::Antialiasing);
+    const QColor face = parentWidget() ? parentWidget()->palette().color(QPalette::Window) : palette().color(QPalette::Window);
+    p.fillRect(rect(), face);
+    const QRectF dial = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
+    p.setPen(QPen(face.darker(170), 1.0));
+    p.setBrush(face.darker(115));
+    p.drawEllipse(dial);
+    const double angle = knobAngle(value_);
+    const QPointF centre = dial.center();
+    const double r = dial.width() / 2 - 2;
+    p.setPen(QPen(QColor(20, 20, 20), 2.0, Qt::SolidLine, Qt::RoundCap));
+    p.drawLine(centre, centre + QPointF(r * std::cos(angle), -r * std::sin(angle)));
+}
+
+void KnobView::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) return;
+    Gesture g;
+    g.kind = Gesture::Kind::Press;
+    g.x = static_cast<int>(event->position().x() * kTwipsPerPixel);
+    g.y = static_cast<int>(event->position().y() * kTwipsPerPixel);
+    g.button = 1;
+    g.keys = gestureKeys(event->modifiers());
+    emit gesture(g);
+}
+
+void KnobView::mouseMoveEvent(QMouseEvent* event) {
+    if (!(event->buttons() & Qt::LeftButton) || gestureKeys(event->modifiers()) != 0) return;
+    Gesture g;
+    g.kind = Gesture::Kind::Move;
+    g.x = static_cast<int>(event->position().x() * kTwipsPerPixel);
+    g.y = static_cast<int>(event->position().y() * kTwipsPerPixel);
+    g.button = 1;
+    emit gesture(g);
+}
+
+}  // namespace quillmer::gui
