@@ -1,0 +1,22 @@
+#pragma once
+// A progress bar for long offline renders, drawn on one line of a terminal.
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+
+namespace quillmer {
+
+// "[#########...........]  45%  measure 9 of 20": `done` of `total` steps (measures).
+inline std::string progressLine(int64_t done, int64_t total, int width = 30) {
+    total = std::max<int64_t>(total, 1);
+    done = std::clamp<int64_t>(done, 0, total);
+    const int64_t filled = done * width / total;
+    std::string bar = "[" + std::string(static_cast<size_t>(filled), '#') +
+                      std::string(static_cast<size_t>(width - filled), '.') + "] ";
+    const std::string percent = std::to_string(done * 100 / total);
+    return bar + std::string(3 - std::min<size_t>(3, percent.size()), ' ') + percent + "%  measure " +
+           std::to_string(done) + " of " + std::to_string(total);
+}
+
+}  // namespace quillmer
