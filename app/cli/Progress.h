@@ -12,11 +12,19 @@ inline std::string progressLine(int64_t done, int64_t total, int width = 30) {
     total = std::max<int64_t>(total, 1);
     done = std::clamp<int64_t>(done, 0, total);
     const int64_t filled = done * width / total;
-    std::string bar = "[" + std::string(static_cast<size_t>(filled), '#') +
-                      std::string(static_cast<size_t>(width - filled), '.') + "] ";
+    // Appended piece by piece: GCC 12 warns falsely of overlaps in "[" + std::string(...).
+    std::string line = "[";
+    line.append(static_cast<size_t>(filled), '#');
+    line.append(static_cast<size_t>(width - filled), '.');
+    line += "] ";
     const std::string percent = std::to_string(done * 100 / total);
-    return bar + std::string(3 - std::min<size_t>(3, percent.size()), ' ') + percent + "%  measure " +
-           std::to_string(done) + " of " + std::to_string(total);
+    line.append(3 - std::min<size_t>(3, percent.size()), ' ');
+    line += percent;
+    line += "%  measure ";
+    line += std::to_string(done);
+    line += " of ";
+    line += std::to_string(total);
+    return line;
 }
 
 }  // namespace quillmer
