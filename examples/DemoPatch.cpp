@@ -2,6 +2,7 @@
 
 #include <array>
 #include <string>
+#include <utility>
 
 #include "modules/midi/NoteOutputs.h"
 #include "modules/sequencers/Steps.h"
@@ -147,6 +148,11 @@ void buildDemoPatch(Session& session) {
     b.connectConstant(vibes, 3, 112);
     b.store("Chorus");
     session.snapshots.select(2);  // the patch opens on the verse
+
+    // The song of the Composer: Intro, Verse, Chorus, Verse, Chorus.
+    Composer& song = session.composer;
+    for (const auto& [snapshot, measures] : {std::pair{1, 4}, {2, 8}, {3, 8}, {2, 8}, {3, 8}})
+        song.setMeasures(song.add(snapshot), std::to_string(measures));
     e.setRun(true);
 }
 

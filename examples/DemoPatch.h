@@ -1,7 +1,7 @@
 #pragma once
 // The demo patch, made by code so that it can be made again when the file format grows:
 // an A-minor groove at tempo 112 with a vibraphone melody, a bass line and drums on
-// channel 10, in the snapshots "Intro", "Verse" and "Chorus".
+// channel 10, in the snapshots "Intro", "Verse" and "Chorus", and a Composer song of them.
 
 #include <string>
 

@@ -9,6 +9,7 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
+#include "gui/ComposerWindow.h"
 #include "gui/FileCommands.h"
 #include "gui/HelpMenu.h"
 #include "gui/ModulesMenu.h"
@@ -162,7 +163,7 @@ void MainWindow::buildToolbar() {
     connect(add("Save", ToolIcon::Save, "Save"), &QAction::triggered, this, [this] { files_->fileSave(); });
     connect(add("Help", ToolIcon::Help, "Help"), &QAction::triggered, this, [this] { openManual(dialogs_); });
     bar->addSeparator();
-    add("MISC31", ToolIcon::Composer, "Composer", true)->setEnabled(false);  // the Composer comes later
+    connect(add("MISC31", ToolIcon::Composer, "Composer", true), &QAction::toggled, this, &MainWindow::setComposer);
     connect(add("Camera", ToolIcon::StoreNew, "Store New Snapshot"), &QAction::triggered, this, [this] { storeSnapshot(true); });
     connect(add("FRONT", ToolIcon::StoreCurrent, "Store Current Snapshot"), &QAction::triggered, this,
             [this] { storeSnapshot(false); });
@@ -215,11 +216,13 @@ void MainWindow::refreshStrip() {
     StripState state;
     QString caption;
     bool running = false;
+    bool composerOn = false;
     {
         auto held = session_.engine.lock();
         state = StripState::read(session_);
         caption = QString::fromStdString(session_.caption());
         running = session_.engine.bus[sysbus::Run] != 0;
+        composerOn = session_.composer.active();
     }
     strip_->showState(state);
     workspace_->showPage(state.page);
@@ -229,6 +232,36 @@ void MainWindow::refreshStrip() {
         const QSignalBlocker blocker(run);
         run->setChecked(running);
     }
+    QAction* composer = action(QStringLiteral("MISC31"));
+    if (composer->isChecked() != composerOn) {  // File New turned it off
+        const QSignalBlocker blocker(composer);
+        composer->setChecked(composerOn);
+        run->setEnabled(!composerOn);
+        if (!composerOn && composer_) composer_->hide();
+    }
+}
+
+void MainWindow::setComposer(bool on) {
+    if (!composer_) {
+        composer_ = new ComposerWindow(session_, dialogs_, settings_, this);
+        connect(composer_, &ComposerWindow::closedByUser, this, [this] { action(QStringLiteral("MISC31"))->setChecked(false); });
+    }
+    {
+        auto held = session_.engine.lock();
+        if (on)
+            session_.composer.on();
+        else
+            session_.composer.off();
+    }
+    action(QStringLiteral("Forward"))->setEnabled(!on);  // the Composer alone runs the patch
+    if (on) {
+        composer_->wakeUp();
+        composer_->show();
+        composer_->raise();
+    } else {
+        composer_->hide();
+    }
+    refresh();
 }
 
 void MainWindow::refreshPanels() {
@@ -283,10 +316,12 @@ void MainWindow::setMidiMute(bool muted) {
 void MainWindow::storeSnapshot(bool asNew) {
     {
         auto held = session_.engine.lock();
+        session_.composer.offTempIf();
         if (asNew)
             session_.snapshots.StoreNewPatch();
         else
             session_.snapshots.StoreCurrentPatch();
+        session_.composer.onIf();
     }
     refresh();
 }

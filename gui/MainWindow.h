@@ -22,6 +22,7 @@ class Session;
 
 namespace quillmer::gui {
 
+class ComposerWindow;
 class FileCommands;
 class ModulesMenu;
 class OptionsWindow;
@@ -48,6 +49,9 @@ public:
     ModuleMap& moduleMap() { return *map_; }
     // fModMap, from the "M&ap" menu.
     void openModuleMap();
+    // The toolbar's Composer button (MISC31): the Composer on with its window, or off.
+    void setComposer(bool on);
+    ComposerWindow* composerWindow() const { return composer_; }  // made at the first use
     QAction* action(const QString& key) const;  // toolbar and menu actions by key
 
     // Reads the engine and redraws what changed: the strip and the panels.
@@ -98,6 +102,7 @@ private:
     ModulesMenu* modulesMenu_ = nullptr;
     std::unique_ptr<PanelBoard> panels_;
     ModuleMap* map_ = nullptr;
+    ComposerWindow* composer_ = nullptr;
     QMenu* fileMenu_ = nullptr;
     std::array<QAction*, 5> recentActions_{};
     QTimer refreshTimer_;

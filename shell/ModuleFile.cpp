@@ -200,6 +200,7 @@ bool Session::LoadModuleBytes(const std::vector<uint8_t>& bytes, const std::stri
         return fail("Incompatible File: ", "it is not a module file of a version this program reads");
 
     kept = header;
+    composer.resetPosition();  // the play position isn't stored
     engine.SetNewTempo(header.tempo);
     engine.CurrentSnapshot = std::clamp<int16_t>(header.currentSnapshot, 0, kSnapshotCount - 1);
     engine.SnapshotCount = std::clamp<int16_t>(header.snapshotCount, 0, kSnapshotCount);

@@ -55,6 +55,7 @@ void Session::resetComposerList() {
     kept.composerCount = 0;
     kept.composerBegin = 0;
     kept.composerEnd = 0;
+    composer.resetPosition();
 }
 
 void Session::RemoveAllModules() {
@@ -63,6 +64,7 @@ void Session::RemoveAllModules() {
 }
 
 void Session::newPatch() {
+    composer.off();
     engine.StopTimers();
     RemoveAllModules();
     engine.StartTimers();
@@ -76,12 +78,14 @@ void Session::newPatch() {
 
 bool Session::OpenFile(const std::string& path, std::string& error) {
     SetModified(false);
+    composer.offTempIf();
     engine.StopTimers();
     RemoveAllModules();
     CurrentFileName = path;
     const bool loaded = LoadModuleFile(path, error);
     LoadAuxFiles(loaded ? path : std::string());
     engine.StartTimers();
+    composer.onIf();
     return loaded;
 }
 

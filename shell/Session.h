@@ -10,6 +10,7 @@
 
 #include "engine/Engine.h"
 #include "engine/EngineSeams.h"
+#include "shell/Composer.h"
 #include "shell/FileHeader.h"
 #include "shell/Snapshots.h"
 #include "shell/VoiceNames.h"
@@ -40,6 +41,7 @@ public:
     // What the file header keeps that has no other home yet: the Composer list, the
     // floating sliders and the window size. Written back as it was read.
     FileHeader kept;
+    Composer composer{engine, snapshots, kept};  // plays the list in `kept`
 
     std::string CurrentFileName;  // empty for a new patch
     std::string author;           // of the open file, plain
@@ -91,6 +93,10 @@ public:
 
     // EngineSeams
     void SetNewPatch() override { snapshots.SetNewPatch(); }
+    bool composerRecordingElapsed() override { return composer.recordingElapsed(); }
+    bool recordingTimeUp() const override { return composer.recordingTimeUp(); }
+    void advanceComposerBar() override { composer.measureHook(); }
+    void composerTransport(int code) override { composer.remoteButton(code); }
     void requestChainLoad(const std::string& file) override;
 
 private:

@@ -13,7 +13,7 @@ namespace quillmer {
 void addPortsCommand(CLI::App& app, int& exitStatus);
 // `info FILE [--json]`: header fields, snapshots, Composer list and every module.
 void addInfoCommand(CLI::App& app, int& exitStatus);
-// `run FILE (--ticks N | --bars N) ...`: play a patch, offline unless --realtime.
+// `run FILE (--ticks N | --bars N | --song) ...`: play a patch, offline unless --realtime.
 void addRunCommand(CLI::App& app, int& exitStatus);
 // `convert IN OUT`: load and save again.
 void addConvertCommand(CLI::App& app, int& exitStatus);

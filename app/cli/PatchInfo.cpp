@@ -71,7 +71,7 @@ void writePatchInfo(Session& session, std::ostream& out, bool json) {
         out << "composer: " << h.composerCount << " lines (begin " << h.composerBegin << ", end " << h.composerEnd << ")\n";
         for (int i = 0; i < h.composerCount && i < kComposerLines; ++i)
             out << "  " << i << ": snapshot " << int{h.composerSnapshots[static_cast<size_t>(i)]} << ", "
-                << h.composerMeasures[static_cast<size_t>(i)] << " measures\n";
+                << h.composerMeasures[static_cast<size_t>(i)] + 1 << " measures\n";  // stored minus one
         out << "modules: " << modules.size() << "\n";
         for (const ModuleInfo& m : modules) {
             out << "  " << m.name << "  " << m.type << " #" << m.index << "  page " << m.page << "  "
@@ -92,7 +92,7 @@ void writePatchInfo(Session& session, std::ostream& out, bool json) {
     out << "],\n  \"composer\": {\"begin\": " << h.composerBegin << ", \"end\": " << h.composerEnd << ", \"lines\": [";
     for (int i = 0; i < h.composerCount && i < kComposerLines; ++i)
         out << (i ? ", " : "") << "{\"snapshot\": " << int{h.composerSnapshots[static_cast<size_t>(i)]}
-            << ", \"measures\": " << h.composerMeasures[static_cast<size_t>(i)] << "}";
+            << ", \"measures\": " << h.composerMeasures[static_cast<size_t>(i)] + 1 << "}";
     out << "]},\n  \"modules\": [";
     for (size_t i = 0; i < modules.size(); ++i) {
         const ModuleInfo& m = modules[i];

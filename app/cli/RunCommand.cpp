@@ -9,8 +9,11 @@
 #include <optional>
 #include <thread>
 
+#include <unistd.h>
+
 #include "app/cli/Commands.h"
 #include "app/cli/PatchLoading.h"
+#include "app/cli/Progress.h"
 #include "engine/VirtualTimerService.h"
 #include "platform/CaptureDevice.h"
 #include "platform/DesktopDevices.h"
@@ -42,8 +45,49 @@ struct RunOptions {
     std::string wav;
     bool realtime = false;
     bool pressRun = false;
+    bool song = false;  // the Composer list from Begin to End
     std::vector<std::string> ports;  // "A=DEVICE"
 };
+
+// Drawn on stderr, when it is a terminal, once a render has taken a second.
+class ProgressBar {
+public:
+    explicit ProgressBar(int64_t total) : total_(total), start_(std::chrono::steady_clock::now()) {}
+    ~ProgressBar() {
+        if (drawn_) std::cerr << '\n';
+    }
+    void finish() {
+        if (drawn_) std::cerr << '\r' << progressLine(total_, total_);
+    }
+    void show(int64_t done) {
+        const auto now = std::chrono::steady_clock::now();
+        if (!terminal_ || now - start_ < std::chrono::seconds(1) || now - last_ < std::chrono::milliseconds(100)) return;
+        last_ = now;
+        drawn_ = true;
+        std::cerr << '\r' << progressLine(done, total_) << std::flush;
+    }
+
+private:
+    int64_t total_;
+    std::chrono::steady_clock::time_point start_;
+    std::chrono::steady_clock::time_point last_{};
+    bool terminal_ = ::isatty(2) != 0;
+    bool drawn_ = false;
+};
+
+// The song: the Composer on and playing, recording when asked. False with a message.
+bool startSong(Session& session, const RunOptions& o, std::string& error) {
+    Composer& c = session.composer;
+    if (c.count() == 0) {
+        error = o.file + " has no Composer list to play";
+        return false;
+    }
+    c.recordingPath = o.record;
+    c.recordingFailed = [&error](const std::string& why) { error = why; };
+    if (!o.record.empty() && !c.recording()) c.toggleRecord();
+    c.on();
+    return c.play();
+}
 
 int fail(const std::string& message) {
     std::cerr << "quillmer-cli: " << message << '\n';
@@ -88,8 +132,8 @@ void prepare(Session& session, const RunOptions& o, MidiFileWriter& recorder) {
         e.seedRandom(o.seed);
     }
     if (o.pressRun) e.setRun(true);
-    if (!o.record.empty()) {
-        e.ports.setRecordSink(&recorder);
+    if (!o.record.empty()) e.ports.setRecordSink(&recorder);
+    if (!o.record.empty() && !o.song) {
         e.ports.setRecording(true);
         if (e.bus[sysbus::Run] == 0) e.ports.InitializeMIDITracks();  // no run edge will do it
     }
@@ -122,14 +166,27 @@ int runOffline(const RunOptions& o, int64_t ticks) {
         }
         prepare(session, o, recorder);
     }
+    std::string songError;
+    int64_t measures = 0;
+    if (o.song) {
+        auto held = e.lock();
+        if (!startSong(session, o, songError)) return fail(songError);
+        measures = session.composer.totalMeasures();
+    }
+    const auto playing = [&] {
+        auto held = e.lock();
+        return session.composer.transport() == Transport::Playing;
+    };
     if (!o.trace.empty()) {
         std::cout << "tick";
         for (const std::string& name : o.trace) std::cout << ',' << name;
         std::cout << '\n';
     }
     const uint64_t first = e.ticksRun();
-    while (e.ticksRun() - first < static_cast<uint64_t>(ticks)) {
+    ProgressBar progress(measures);
+    while (o.song ? playing() : e.ticksRun() - first < static_cast<uint64_t>(ticks)) {
         const uint64_t before = e.ticksRun();
+        if (o.song) progress.show(static_cast<int64_t>((before - first) / kTicksPerBar));
         if (!timers.fireNext()) {
             if (wav) wav->discard();  // a render cut short replaces nothing
             return fail("the clock stopped");
@@ -139,10 +196,12 @@ int runOffline(const RunOptions& o, int64_t ticks) {
             printTraceRow(e, e.ticksRun() - first, ids);
         }
     }
+    progress.finish();
     auto held = e.lock();
     e.StopTimers();  // the last tick: note-offs
     std::string error;
-    if (!o.record.empty() && !e.ports.SaveMidiFile(o.record, error)) return fail(error);
+    if (!o.record.empty() && !o.song && !e.ports.SaveMidiFile(o.record, error)) return fail(error);
+    if (!songError.empty()) return fail(songError);  // the song's own recording
     held.unlock();
     if (wav) {
         timers.advanceByMs(kTailMs);
@@ -167,6 +226,7 @@ int runRealtime(const RunOptions& o, int64_t ticks) {
             return 1;
         }
         MidiFileWriter recorder;
+        std::string songError;
         {
             auto held = e.lock();
             std::vector<std::string> choices = o.ports;
@@ -181,14 +241,23 @@ int runRealtime(const RunOptions& o, int64_t ticks) {
                 if (!e.ports.chooseOutput(port, choice.substr(2))) status = 1;
             }
             if (status == 0) prepare(session, o, recorder);
+            if (status == 0 && o.song && !startSong(session, o, songError)) status = fail(songError);
         }
         if (status == 0) {
-            const auto period = std::chrono::milliseconds(e.TickPeriod());
-            std::this_thread::sleep_for(period * ticks);
+            if (o.song) {
+                for (;;) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+                    auto held = e.lock();
+                    if (session.composer.transport() != Transport::Playing) break;
+                }
+            } else {
+                std::this_thread::sleep_for(std::chrono::milliseconds(e.TickPeriod()) * ticks);
+            }
             auto held = e.lock();
             e.StopTimers();
             std::string error;
-            if (!o.record.empty() && !e.ports.SaveMidiFile(o.record, error)) status = fail(error);
+            if (!o.record.empty() && !o.song && !e.ports.SaveMidiFile(o.record, error)) status = fail(error);
+            if (!songError.empty()) status = fail(songError);
             e.ports.beginExitDrain();
         }
         for (int i = 0; i < 200; ++i) {
@@ -210,7 +279,7 @@ int runRealtime(const RunOptions& o, int64_t ticks) {
 }  // namespace
 
 void addRunCommand(CLI::App& app, int& exitStatus) {
-    auto* command = app.add_subcommand("run", "Play a patch for a number of ticks or bars, offline unless --realtime");
+    auto* command = app.add_subcommand("run", "Play a patch for a number of ticks or bars, or its Composer song (--song), offline unless --realtime");
     auto o = std::make_shared<RunOptions>();
     command->add_option("FILE", o->file, "The patch (.qmp)")->required();
     auto* ticks = command->add_option("--ticks", o->ticks, "Ticks to run (96 a whole note), 1 to 1000000000");
@@ -225,14 +294,17 @@ void addRunCommand(CLI::App& app, int& exitStatus) {
     command->add_flag("--realtime", o->realtime, "Play in real time on the chosen MIDI devices");
     command->add_option("--port", o->ports, "A=DEVICE: a device for an output port (with --realtime)");
     command->add_flag("--run", o->pressRun, "Press Run before the first tick");
+    command->add_flag("--song", o->song, "Play the Composer list from Begin to End, recording with --record")
+        ->excludes(ticks)
+        ->excludes(bars);
     command->callback([&exitStatus, o, tempo] {
-        if (o->ticks.empty() && o->bars.empty()) {
-            exitStatus = fail("run needs --ticks N or --bars N");
+        if (o->ticks.empty() && o->bars.empty() && !o->song) {
+            exitStatus = fail("run needs --ticks N, --bars N or --song");
             return;
         }
         constexpr int64_t mostBars = kMostTicks / kTicksPerBar;
-        const std::optional<int64_t> count =
-            o->bars.empty() ? countOf(o->ticks, kMostTicks) : countOf(o->bars, mostBars);
+        const std::optional<int64_t> count = o->song ? std::optional<int64_t>(0)
+            : o->bars.empty() ? countOf(o->ticks, kMostTicks) : countOf(o->bars, mostBars);
         if (!count) {
             exitStatus = o->bars.empty()
                 ? fail("--ticks takes a whole number from 1 to " + std::to_string(kMostTicks) + ", not \"" + o->ticks + "\"")
