@@ -14,6 +14,7 @@ namespace {
 
 constexpr size_t kArgStackSize = 16384;
 constexpr int kMaxParams = 32;
+constexpr int kNestedEvaluationCost = 24;
 
 const char* const kErrorTexts[] = {
     "",
@@ -525,9 +526,13 @@ double Calc::evaluate(Handle h) {
         fail(kInvalid);
         return 0;
     }
+    // A nested evaluation runs under a callback's frames too: it costs more depth.
+    const int extra = active_ > 0 ? kNestedEvaluationCost : 0;
+    depth_ += extra;
     ++active_;
     const double r = run(*formulas_[static_cast<size_t>(h)]);
     --active_;
+    depth_ -= extra;
     return error_ != kOk ? 0.0 : r;
 }
 

@@ -209,7 +209,7 @@ private:
 
     int64_t stepBudget_ = 1'000'000;
     int64_t steps_ = 0;
-    int depthLimit_ = 6000;
+    int depthLimit_ = 4000;
     int depth_ = 0;
     int active_ = 0;  // evaluations under way (nesting)
 
