@@ -319,6 +319,7 @@ bool Calc::defineFunction(std::string_view prototype, NativeFn fn, void* user) {
             if (!f.hasDefault[static_cast<size_t>(i)]) f.minArgs = i + 1;
     }
 
+    for (const uint8_t text : f.isText) f.hasText = f.hasText || text != 0;
     const std::string key = lowerName(name);
     const int existing = findFunction(key);
     if (existing < 0 && static_cast<int>(functions_.size()) >= capacities_.functions) {
@@ -721,6 +722,10 @@ double Calc::call(const Expr& e, const Node& nd) {
         return 0;
     }
     const int total = f.variadic ? given : f.maxArgs;
+    if (total == 0 && f.fn != nullptr) {  // the context readers: nothing to gather
+        const Args a{*this, f.user, nullptr, nullptr, 0};
+        return f.fn(a);
+    }
     const size_t base = argTop_;
     if (base + static_cast<size_t>(total) > kArgStackSize) {
         fail(kLibrary, "Evaluation stopped: formulas nested too deeply");
@@ -730,26 +735,10 @@ double Calc::call(const Expr& e, const Node& nd) {
     double* v = &argStack_[base];
     std::string_view* t = &textStack_[base];
     const int32_t* argNodes = e.args.data() + nd.a;
-    for (int i = 0; i < given; ++i) {
-        if (!f.variadic && f.isText[static_cast<size_t>(i)]) {
-            v[i] = 0;
-            const Node& an = e.nodes[static_cast<size_t>(argNodes[i])];
-            if (an.op == Op::TextLit) {
-                t[i] = e.texts[static_cast<size_t>(an.a)];
-            } else if (an.op == Op::TextVar) {
-                t[i] = variables_[static_cast<size_t>(an.a)].text;
-            } else if (an.op == Op::TextParam) {
-                t[i] = textFrame_[an.a];
-            } else {
-                std::string& s = textScratch_[base + static_cast<size_t>(i)];
-                s.clear();
-                evalText(e, argNodes[i], s);
-                t[i] = s;
-            }
-        } else {
-            v[i] = eval(e, argNodes[i]);
-            t[i] = {};
-        }
+    if (!f.hasText) {
+        for (int i = 0; i < given; ++i) v[i] = eval(e, argNodes[i]);
+    } else {
+        gatherWithText(e, f, argNodes, given, base, v, t);
     }
     for (int i = given; i < total; ++i) {
         v[i] = f.defaultValue[static_cast<size_t>(i)];
@@ -772,6 +761,31 @@ double Calc::call(const Expr& e, const Node& nd) {
     }
     argTop_ = base;
     return r;
+}
+
+void Calc::gatherWithText(const Expr& e, const Function& f, const int32_t* argNodes, int given, size_t base, double* v,
+                          std::string_view* t) {
+    for (int i = 0; i < given; ++i) {
+        if (!f.variadic && f.isText[static_cast<size_t>(i)]) {
+            v[i] = 0;
+            const Node& an = e.nodes[static_cast<size_t>(argNodes[i])];
+            if (an.op == Op::TextLit) {
+                t[i] = e.texts[static_cast<size_t>(an.a)];
+            } else if (an.op == Op::TextVar) {
+                t[i] = variables_[static_cast<size_t>(an.a)].text;
+            } else if (an.op == Op::TextParam) {
+                t[i] = textFrame_[an.a];
+            } else {
+                std::string& s = textScratch_[base + static_cast<size_t>(i)];
+                s.clear();
+                evalText(e, argNodes[i], s);
+                t[i] = s;
+            }
+        } else {
+            v[i] = eval(e, argNodes[i]);
+            t[i] = {};
+        }
+    }
 }
 
 }  // namespace quillmer::expr

@@ -191,6 +191,8 @@ private:
     double eval(const Expr& e, int n);
     double call(const Expr& e, const Node& nd);
     void evalText(const Expr& e, int n, std::string& out);
+    void gatherWithText(const Expr& e, const Function& f, const int32_t* argNodes, int given, size_t base, double* v,
+                        std::string_view* t);
 
     std::vector<std::unique_ptr<Expr>> formulas_;  // by handle; 0 unused
     std::vector<Handle> freeFormulas_;

@@ -43,6 +43,7 @@ struct Calc::Function {
     int minArgs = 0;
     int maxArgs = 0;
     bool variadic = false;
+    bool hasText = false;  // some parameter takes text
     std::vector<std::string> params;  // lower case
     std::vector<uint8_t> isText;
     std::vector<uint8_t> hasDefault;

@@ -44,9 +44,10 @@ int periodOf(int code) {
 const Definition kMailbox[] = {
     {"OUT(1)",
      [](const Args& a) {
-         box(a).outValue = byte127(a[1]);
-         box(a).flags |= kFlagOut;
-         return static_cast<double>(box(a).outValue);
+         Mailbox& m = box(a);
+         m.outValue = byte127(a.values[0]);
+         m.flags |= kFlagOut;
+         return static_cast<double>(m.outValue);
      }},
     {"Prev()", [](const Args& a) { return static_cast<double>(box(a).outValue); }},
     {"LED(1)", [](const Args& a) { return setLed(a, a[1]); }},
