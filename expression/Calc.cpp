@@ -354,6 +354,18 @@ bool Calc::preParse(std::string_view functionName, PreParseFn fn, void* user) {
     return true;
 }
 
+bool Calc::bindByte(std::string_view functionName, const uint8_t* source) {
+    const int id = findFunction(lowerName(functionName));
+    if (id < 0) {
+        fail(kUndefinedFunction, functionName);
+        return false;
+    }
+    Function& f = functions_[static_cast<size_t>(id)];
+    if (f.fn == nullptr || f.minArgs > 0) return false;
+    f.byteSource = source;
+    return true;
+}
+
 bool Calc::alias(std::string_view name, std::string_view text) {
     if (!validName(trim(name))) {
         fail(kInvalid, name);
@@ -595,6 +607,13 @@ double Calc::run(const Expr& e) {
 
 double Calc::eval(const Expr& e, int n) {
     const Node& nd = e.nodes[static_cast<size_t>(n)];
+    // Binary operators: the left side first, always.
+#define QUILLMER_BINARY(expression)    \
+    {                                  \
+        const double x = eval(e, nd.a); \
+        const double y = eval(e, nd.b); \
+        return expression;             \
+    }
     switch (nd.op) {
         case Op::Num:
             return nd.num;
@@ -602,86 +621,69 @@ double Calc::eval(const Expr& e, int n) {
             return variables_[static_cast<size_t>(nd.a)].value;
         case Op::Param:
             return frame_[nd.a];
-        case Op::Call:
+        case Op::Call: {
+            const Function& f = functions_[static_cast<size_t>(nd.b)];
+            if (f.byteSource != nullptr && nd.count == 0 && error_ == kOk) {  // a context reader
+                if (++steps_ > stepBudget_) return call(e, nd);
+                return *f.byteSource;
+            }
             return call(e, nd);
+        }
         case Op::Neg:
             return -eval(e, nd.a);
         case Op::Not:
             return eval(e, nd.a) == 0 ? 1.0 : 0.0;
-        case Op::Fact: {
-            const double x = eval(e, nd.a);
-            if (x < 0 || x != std::floor(x)) {
-                fail(kInvalid);
-                return 0;
-            }
-            if (x > 170) {
-                fail(kFactorialOverflow);
-                return 0;
-            }
-            double r = 1;
-            for (int i = 2; i <= static_cast<int>(x); ++i) r *= i;
-            return r;
-        }
-        default:
-            break;
-    }
-    // Binary: the left side first, always.
-    const double x = eval(e, nd.a);
-    const double y = eval(e, nd.b);
-    switch (nd.op) {
+        case Op::Fact:
+            return factorial(eval(e, nd.a));
         case Op::Add:
-            return x + y;
+            QUILLMER_BINARY(x + y)
         case Op::Sub:
-            return x - y;
+            QUILLMER_BINARY(x - y)
         case Op::Mul:
-            return x * y;
+            QUILLMER_BINARY(x * y)
         case Op::Div:
-            if (y == 0) {
-                fail(kDivisionByZero);
-                return 0;
-            }
-            return x / y;
-        case Op::IDiv: {
-            const double d = std::trunc(y);
-            if (d == 0) {
-                fail(kIntegerDivisionByZero);
-                return 0;
-            }
-            return std::trunc(std::trunc(x) / d);
-        }
+            QUILLMER_BINARY(y == 0 ? failed(kDivisionByZero) : x / y)
+        case Op::IDiv:
+            QUILLMER_BINARY(std::trunc(y) == 0 ? failed(kIntegerDivisionByZero) : std::trunc(std::trunc(x) / std::trunc(y)))
         case Op::Mod:
-            if (y == 0) {
-                fail(kIntegerDivisionByZero);
-                return 0;
-            }
-            return std::fmod(x, y);
+            QUILLMER_BINARY(y == 0 ? failed(kIntegerDivisionByZero) : std::fmod(x, y))
         case Op::Pow:
-            if ((x == 0 && y < 0) || (x < 0 && y != std::floor(y))) {
-                fail(kExponent);
-                return 0;
-            }
-            return std::pow(x, y);
+            QUILLMER_BINARY(((x == 0 && y < 0) || (x < 0 && y != std::floor(y))) ? failed(kExponent) : std::pow(x, y))
         case Op::Eq:
-            return x == y ? 1.0 : 0.0;
+            QUILLMER_BINARY(x == y ? 1.0 : 0.0)
         case Op::Ne:
-            return x != y ? 1.0 : 0.0;
+            QUILLMER_BINARY(x != y ? 1.0 : 0.0)
         case Op::Lt:
-            return x < y ? 1.0 : 0.0;
+            QUILLMER_BINARY(x < y ? 1.0 : 0.0)
         case Op::Le:
-            return x <= y ? 1.0 : 0.0;
+            QUILLMER_BINARY(x <= y ? 1.0 : 0.0)
         case Op::Gt:
-            return x > y ? 1.0 : 0.0;
+            QUILLMER_BINARY(x > y ? 1.0 : 0.0)
         case Op::Ge:
-            return x >= y ? 1.0 : 0.0;
+            QUILLMER_BINARY(x >= y ? 1.0 : 0.0)
         case Op::And:
-            return (x != 0 && y != 0) ? 1.0 : 0.0;
+            QUILLMER_BINARY((x != 0 && y != 0) ? 1.0 : 0.0)
         case Op::Or:
-            return (x != 0 || y != 0) ? 1.0 : 0.0;
+            QUILLMER_BINARY((x != 0 || y != 0) ? 1.0 : 0.0)
         case Op::Xor:
-            return ((x != 0) != (y != 0)) ? 1.0 : 0.0;
+            QUILLMER_BINARY(((x != 0) != (y != 0)) ? 1.0 : 0.0)
         default:
             return 0;
     }
+#undef QUILLMER_BINARY
+}
+
+double Calc::failed(int code) {
+    fail(code);
+    return 0;
+}
+
+double Calc::factorial(double x) {
+    if (x < 0 || x != std::floor(x)) return failed(kInvalid);
+    if (x > 170) return failed(kFactorialOverflow);
+    double r = 1;
+    for (int i = 2; i <= static_cast<int>(x); ++i) r *= i;
+    return r;
 }
 
 void Calc::evalText(const Expr& e, int n, std::string& out) {
@@ -724,7 +726,7 @@ double Calc::call(const Expr& e, const Node& nd) {
     const int total = f.variadic ? given : f.maxArgs;
     if (total == 0 && f.fn != nullptr) {  // the context readers: nothing to gather
         const Args a{*this, f.user, nullptr, nullptr, 0};
-        return f.fn(a);
+        return callNative(f, a);
     }
     const size_t base = argTop_;
     if (base + static_cast<size_t>(total) > kArgStackSize) {
@@ -748,7 +750,7 @@ double Calc::call(const Expr& e, const Node& nd) {
     if (error_ == kOk) {
         if (f.fn != nullptr) {
             const Args a{*this, f.user, v, t, total};
-            r = f.fn(a);
+            r = callNative(f, a);
         } else {
             const double* savedFrame = frame_;
             const std::string_view* savedText = textFrame_;
@@ -761,6 +763,17 @@ double Calc::call(const Expr& e, const Node& nd) {
     }
     argTop_ = base;
     return r;
+}
+
+// Nothing a callback does may leave the evaluation by an exception (it could only be
+// running out of memory): it becomes an error of the formula.
+double Calc::callNative(const Function& f, const Args& a) {
+    try {
+        return f.fn(a);
+    } catch (...) {
+        fail(kLibrary, "Out of memory in " + f.name);
+        return 0;
+    }
 }
 
 void Calc::gatherWithText(const Expr& e, const Function& f, const int32_t* argNodes, int given, size_t base, double* v,

@@ -118,6 +118,9 @@ public:
     // Returns false and sets the error when the prototype or body won't compile.
     bool defineFunction(std::string_view prototype, NativeFn fn = nullptr, void* user = nullptr);
     bool preParse(std::string_view functionName, PreParseFn fn, void* user);
+    // A function of no arguments whose value is the byte at `source`: evaluated without a
+    // call (the evaluation context's readers). Its callback stays for anything else.
+    bool bindByte(std::string_view functionName, const uint8_t* source);
     bool alias(std::string_view name, std::string_view text);
     bool isFunction(std::string_view name) const;
 
@@ -191,6 +194,9 @@ private:
     double eval(const Expr& e, int n);
     double call(const Expr& e, const Node& nd);
     void evalText(const Expr& e, int n, std::string& out);
+    double callNative(const Function& f, const Args& a);
+    double failed(int code);
+    double factorial(double x);
     void gatherWithText(const Expr& e, const Function& f, const int32_t* argNodes, int given, size_t base, double* v,
                         std::string_view* t);
 

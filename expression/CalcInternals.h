@@ -52,6 +52,7 @@ struct Calc::Function {
     std::unique_ptr<Expr> body;
     PreParseFn pre = nullptr;
     void* preUser = nullptr;
+    const uint8_t* byteSource = nullptr;
 };
 
 struct Calc::Variable {

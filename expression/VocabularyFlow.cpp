@@ -278,6 +278,9 @@ void Vocabulary::mailboxFlowAndTiming(FormulaRuntime& r) {
     define(r, kFlow, std::size(kFlow));
     define(r, kTiming, std::size(kTiming));
     for (const char* name : kStarred) r.calc().alias(name, std::string(name) + "()");
+    r.calc().bindByte("InC", &r.EvalInC);
+    for (int i = 1; i <= 16; ++i) r.calc().bindByte("In" + std::to_string(i), &r.EvalIn[static_cast<size_t>(i)]);
+    r.calc().bindByte("Me", &r.EvalFormula);
     r.calc().alias("MidiTick", "MIDITick()");
 }
 

@@ -405,7 +405,11 @@ const Definition kRandom[] = {
 
 void Vocabulary::storesAndBitMatrix(FormulaRuntime& r) {
     define(r, kStores, std::size(kStores));
-    for (int i = 0; i < 10; ++i) r.calc().alias("V" + std::to_string(i), "V" + std::to_string(i) + "()");
+    for (char digit = '0'; digit <= '9'; ++digit) {
+        const char name[] = {'V', digit, '\0'};
+        const char call[] = {'V', digit, '(', ')', '\0'};
+        r.calc().alias(name, call);
+    }
     define(r, kBitMatrix, std::size(kBitMatrix));
     for (const char* name : {"LMCRC", "LMClr", "LMRan", "LRan"}) r.calc().alias(name, std::string(name) + "()");
 }

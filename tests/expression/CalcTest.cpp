@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -262,4 +263,19 @@ TEST(CalcHandles, ReleasedHandlesAreReusedAndInvalidOnesAreHarmless) {
     EXPECT_GE(c.defineVariable("q=1"), 0);
     EXPECT_EQ(c.defineVariable("r=1"), -1);
     EXPECT_EQ(c.error(), kSpaceFull);
+}
+
+TEST(CalcBudget, AnExceptionInACallbackBecomesAnError) {
+    Calc c;
+    ASSERT_TRUE(c.defineFunction("boom(1)", [](const Args& a) -> double {
+        if (a[1] > 0) throw std::bad_alloc();
+        return 1;
+    }));
+    ASSERT_TRUE(c.defineFunction("rec(1)", record));
+    calls.clear();
+    const Calc::Result r = c.eval("rec(1) + boom(1) + rec(2)");
+    EXPECT_EQ(r.error, kLibrary);
+    EXPECT_EQ(r.message, "Out of memory in boom");
+    EXPECT_EQ(calls, (std::vector<double>{1}));
+    EXPECT_EQ(value(c, "boom(0)"), 1);
 }
