@@ -257,3 +257,27 @@ TEST(RuntimeTiming, EdgesClocksAndTransport) {
     h.value("AutoStart(0)");
     EXPECT_FALSE(h.runtime.autoStart);
 }
+
+TEST(RuntimeFormulas, AFailedCompileKeepsTheEntryAndReplacedHandlesAreFreed) {
+    RuntimeHarness h;
+    h.formula(3, "OUT(3)");
+    const expr::Handle three = h.runtime.formula(3).handle;
+    EXPECT_EQ(h.runtime.setFormula(3, "OUT(3", "doc"), expr::kParenthesis);
+    EXPECT_EQ(h.runtime.formula(3).handle, three);
+    EXPECT_EQ(h.runtime.setFormula(3, "OUT(4)", "Four"), expr::kOk);
+    EXPECT_EQ(h.runtime.formula(3).doc, "Four");
+    EXPECT_FALSE(h.runtime.calc().valid(three));  // the old compiled form is gone
+    EXPECT_EQ(h.runtime.evaluate(100, 3), 4);
+    // Replacing an entry that shares the default formula leaves the others running it.
+    EXPECT_EQ(h.runtime.setFormula(4, "OUT(5)"), expr::kOk);
+    EXPECT_TRUE(h.runtime.calc().valid(h.runtime.defaultHandle()));
+    EXPECT_EQ(h.runtime.formula(5).handle, h.runtime.defaultHandle());
+    // A function redefined after the formulas were compiled changes what they run.
+    ASSERT_TRUE(h.runtime.calc().defineFunction("Twice(x)=x*2"));
+    h.formula(6, "OUT(Twice(In1))");
+    h.runtime.EvalIn[1] = 20;
+    EXPECT_EQ(h.runtime.evaluate(100, 6), 40);
+    ASSERT_TRUE(h.runtime.calc().defineFunction("Twice(x)=x*3"));
+    EXPECT_EQ(h.runtime.evaluate(100, 6), 60);
+    EXPECT_EQ(h.runtime.mailbox(100).outValue, 60);
+}
