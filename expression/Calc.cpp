@@ -15,6 +15,7 @@ namespace {
 constexpr size_t kArgStackSize = 16384;
 constexpr int kMaxParams = 32;
 constexpr int kNestedEvaluationCost = 24;
+constexpr size_t kTextBytesPerStep = 256;
 
 const char* const kErrorTexts[] = {
     "",
@@ -481,6 +482,11 @@ void Calc::setVariableText(int handle, std::string_view text) {
     if (handle < 0 || handle >= static_cast<int>(variables_.size())) return;
     Variable& v = variables_[static_cast<size_t>(handle)];
     if (!v.live) return;
+    if (text.size() > kMaxTextLength) {
+        fail(kLibrary, "Text longer than " + std::to_string(kMaxTextLength) + " characters");
+        text = text.substr(0, kMaxTextLength);
+    }
+    if (active_ > 0) spend(static_cast<int64_t>(text.size() / kTextBytesPerStep));
     v.text = std::string(text);
     v.isText = true;
 }
@@ -687,28 +693,39 @@ double Calc::factorial(double x) {
 }
 
 void Calc::evalText(const Expr& e, int n, std::string& out) {
+    if (error_ != kOk) return;
     const Node& nd = e.nodes[static_cast<size_t>(n)];
+    std::string_view piece;
+    std::string number;
     switch (nd.op) {
         case Op::TextLit:
-            out += e.texts[static_cast<size_t>(nd.a)];
-            return;
+            piece = e.texts[static_cast<size_t>(nd.a)];
+            break;
         case Op::TextVar:
-            out += variables_[static_cast<size_t>(nd.a)].text;
-            return;
+            piece = variables_[static_cast<size_t>(nd.a)].text;
+            break;
         case Op::TextParam:
-            out += textFrame_[nd.a];
-            return;
+            piece = textFrame_[nd.a];
+            break;
         case Op::TextJoin:
             evalText(e, nd.a, out);
             evalText(e, nd.b, out);
             return;
         case Op::TextNum:
-            out += formatNumber(eval(e, nd.a));
-            return;
+            number = formatNumber(eval(e, nd.a));
+            piece = number;
+            break;
         default:
-            out += formatNumber(eval(e, n));
-            return;
+            number = formatNumber(eval(e, n));
+            piece = number;
+            break;
     }
+    if (out.size() + piece.size() > kMaxTextLength) {
+        fail(kLibrary, "Text longer than " + std::to_string(kMaxTextLength) + " characters");
+        return;
+    }
+    if (!spend(static_cast<int64_t>(piece.size() / kTextBytesPerStep))) return;  // copying is work too
+    out += piece;
 }
 
 double Calc::call(const Expr& e, const Node& nd) {

@@ -95,6 +95,9 @@ using PreParseFn = std::string (*)(Calc&, void* user, std::string_view firstArgu
 
 using Handle = int32_t;  // a formula; 0 is none
 
+// The longest text a formula builds or a text variable holds.
+constexpr size_t kMaxTextLength = 32768;
+
 struct Capacities {
     int formulas = 8000;
     int functions = 802;

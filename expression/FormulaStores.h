@@ -62,7 +62,7 @@ public:
     virtual int tableStep(int table, int step) { return generalTableStep(table, step); }
     virtual void writeTableStep(int /*table*/, int /*step*/, int /*value*/) {}
 
-    // The data of Sfile modules.
+    // The data of Sfile modules; a step is taken modulo the data's length + 1.
     virtual int fileStep(int /*mid*/, int /*step*/) { return 0; }
     virtual void writeFileStep(int /*mid*/, int /*step*/, int /*value*/) {}
     virtual int fileChanged(int /*mid*/) { return 0; }

@@ -231,6 +231,12 @@ TEST(CalcBudget, RunawayFormulasStopWithAnError) {
     EXPECT_EQ(spin.error, kLibrary);
     EXPECT_NE(spin.message.find("1000 steps"), std::string::npos);
     EXPECT_EQ(value(c, "spin(10)"), 10);  // each evaluation has its own budget
+    // Text that doubles on each call runs into the text limit long before memory does.
+    ASSERT_TRUE(c.defineFunction("grow(n, t$)=n"));
+    ASSERT_TRUE(c.defineFunction("grow(n, t$)=grow(n + 1, t & t)"));
+    const Calc::Result grown = c.eval("grow(1, 'ab')");
+    EXPECT_EQ(grown.error, kLibrary);
+    EXPECT_NE(grown.message.find("Text longer than"), std::string::npos);
     // Deep nesting in one text is refused when parsed, not run.
     EXPECT_EQ(c.eval(std::string(5000, '(') + "1" + std::string(5000, ')')).error, kLibrary);
     std::string sum = "1";

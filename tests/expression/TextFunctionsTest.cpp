@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -130,4 +131,16 @@ TEST(TextFunctions, ByteFilesRoundTripByHandle) {
     EXPECT_EQ(h.value("OpenCOM() + SendCOM(1, 'x') + CloseCOM(1) + GetCOM(c)"), 0);
     h.runtime.start();  // start-up closes every handle
     EXPECT_EQ(h.value("ReadFromFile(1, 127)"), 0);
+}
+
+TEST(TextFunctions, CopyingTextInALoopSpendsTheBudget) {
+    RuntimeHarness h;
+    h.formula(2, "LETStr(w, '" + std::string(20000, 'w') + "') + Put(0, Jx)");
+    const auto start = std::chrono::steady_clock::now();
+    h.run("Loop(1e9, 2)");
+    EXPECT_NE(h.runtime.calc().errorMessage().find("steps"), std::string::npos);
+    // Each pass copies 20000 characters: the budget allows far fewer passes than calls.
+    EXPECT_LT(h.value("Get(0)"), 20000);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    EXPECT_EQ(h.text("w").size(), 20000u);
 }
