@@ -1,4 +1,4 @@
-// The functions the language brings before any program defines its own: arithmetic helpers,
+// The functions the language brings before any program defines its own: arithmetic,
 // RND and the trigonometric and hyperbolic families with their error codes.
 
 #include <cmath>

@@ -238,14 +238,14 @@ bool Calc::defineFunction(std::string_view prototype, NativeFn fn, void* user) {
     f.name = std::string(name);
     f.fn = fn;
     f.user = user;
-    const std::string_view spec = trim(proto.substr(open + 1, close - open - 1));
-    if (spec.empty()) {
+    const std::string_view paramList = trim(proto.substr(open + 1, close - open - 1));
+    if (paramList.empty()) {
         f.minArgs = 0;
         f.maxArgs = kMaxParams;
         f.variadic = true;
-    } else if (std::all_of(spec.begin(), spec.end(), [](char c) { return c >= '0' && c <= '9'; })) {
+    } else if (std::all_of(paramList.begin(), paramList.end(), [](char c) { return c >= '0' && c <= '9'; })) {
         int n = 0;
-        std::from_chars(spec.data(), spec.data() + spec.size(), n);
+        std::from_chars(paramList.data(), paramList.data() + paramList.size(), n);
         if (n > kMaxParams) {
             fail(kArgCount, name);
             return false;
@@ -258,7 +258,7 @@ bool Calc::defineFunction(std::string_view prototype, NativeFn fn, void* user) {
         for (int i = 0; i < n; ++i) f.params.push_back("#" + std::to_string(i));
     } else {
         // Named parameters: name[$][=default], split at top-level commas.
-        std::string_view rest = spec;
+        std::string_view rest = paramList;
         while (true) {
             size_t cut = 0;
             char quote = 0;

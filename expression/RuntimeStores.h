@@ -1,5 +1,5 @@
 #pragma once
-// The private stores of the function library and the helpers its callbacks share.
+// The private stores of the function library and the small functions its callbacks share.
 
 #include <array>
 #include <cmath>
