@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The fuzz targets of the readers we own (fuzz/Fuzz_*.cpp), built with clang, libFuzzer,
+# The fuzz targets of the readers and the formula parser we own (fuzz/Fuzz_*.cpp), built with clang, libFuzzer,
 # AddressSanitizer and UndefinedBehaviorSanitizer in build-fuzz, and run from the seed
 # corpus in fuzz/corpus/<target>.
 #
@@ -13,7 +13,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-read -r -a targets <<< "${FUZZ_TARGETS:-qmp pbt}"
+read -r -a targets <<< "${FUZZ_TARGETS:-qmp pbt formula}"
 if [ "${1:-}" = "--ci" ]; then
   runs=10000
   seed=1

@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
+  libmuparser-dev  # bench/ExpressionBench.cpp compares our formula evaluator with it
   qt6-base-dev
   librtmidi-dev libfluidsynth-dev timgm6mb-soundfont
   libjack-jackd2-dev libasound2-dev

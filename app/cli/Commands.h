@@ -21,5 +21,7 @@ void addConvertCommand(CLI::App& app, int& exitStatus);
 // `types [--json]`: every catalogue type, its id, prefix, menu group, caption and inputs,
 // and whether it runs yet.
 void addTypesCommand(CLI::App& app, int& exitStatus);
+// `eval FORMULA [--in V,...] [--clock V]`: a formula's value, or its error.
+void addEvalCommand(CLI::App& app, int& exitStatus);
 
 }  // namespace quillmer

@@ -1,0 +1,38 @@
+#pragma once
+// The formula functions' doors wired to an engine: the bus, the transport, the duration
+// counters, MIDI out and the MIDI input tables, the options' absolute clocks, the formula
+// timers on the engine's timer service, and the engine's random generator for RND.
+// Stores the engine doesn't hold yet (matrix grids, Sfile data, panels) keep answering 0.
+
+#include <array>
+
+#include "engine/Engine.h"
+#include "expression/FormulaRuntime.h"
+#include "expression/FormulaStores.h"
+
+namespace quillmer {
+
+class EngineFormulaStores : public FormulaStores {
+public:
+    explicit EngineFormulaStores(Engine& engine) : engine_(engine) {}
+    // The runtime that the formula timers report to; also routes its RND to the engine.
+    void attach(FormulaRuntime& runtime);
+
+    uint8_t busValue(int busId) override;
+    void setRun(bool run) override { engine_.setRun(run); }
+    void setAbsClock(int which, int ms) override;
+    int64_t midiClockTicks() override { return static_cast<int64_t>(engine_.ticksRun()); }
+    int durationCounter(int code) override;
+    void setFormulaTimer(int kind, int n, int ms) override;
+    void sendMidi(int port, uint8_t status, uint8_t data1, uint8_t data2) override;
+    MidiInputTables* midiInput() override { return &engine_.ports.in; }
+
+private:
+    Engine& engine_;
+    FormulaRuntime* runtime_ = nullptr;
+    std::array<TimerId, 10> aclockTimers_{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+    std::array<TimerId, 20> timerTimers_{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
+                                         -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+};
+
+}  // namespace quillmer
