@@ -156,24 +156,24 @@ void MIDIFile::update(Engine& engine) {
         EndFlag = 0;
         setOutput(list.values[0] & 127);
     } else if (r == 0 && EndFlag == 0) {
-        // Every event whose time has come; the output is the last of them.
-        int value = -1;
-        while (NextEvent <= top && PlayTime >= list.times[static_cast<size_t>(NextEvent)]) {
-            value = list.values[static_cast<size_t>(NextEvent)] & 127;
-            ++NextEvent;
-        }
-        if (value >= 0) setOutput(value);
+        // Past the last event: back to the loop start, or the end.
         if (NextEvent > top) {
             if (loop) {
                 NextEvent = std::clamp(LoopStart, 0, top);
                 PlayTime = list.times[static_cast<size_t>(NextEvent)];
-                EndFlag = 0;
             } else {
                 NextEvent = 0;
                 PlayTime = 0;
                 EndFlag = 1;
             }
         }
+        // Every event whose time has come; the output is the last of them.
+        int value = -1;
+        while (EndFlag == 0 && NextEvent <= top && PlayTime >= list.times[static_cast<size_t>(NextEvent)]) {
+            value = list.values[static_cast<size_t>(NextEvent)] & 127;
+            ++NextEvent;
+        }
+        if (value >= 0) setOutput(value);
     }
 
     const int t = tempoOn ? in(kTempo) : 64;
