@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
     quillmer::addConvertCommand(app, exitStatus);
     quillmer::addPortsCommand(app, exitStatus);
     quillmer::addTypesCommand(app, exitStatus);
+    quillmer::addMfxCommand(app, exitStatus);
 
     try {
         app.parse(argc, argv);
