@@ -56,7 +56,7 @@ bool sameText(std::string_view a, std::string_view b) {
 }
 
 // A meta event's type and data: FF, type, a variable-length count, the data.
-bool metaData(const std::vector<uint8_t>& bytes, uint8_t& type, std::string_view& data) {
+bool metaData(std::span<const uint8_t> bytes, uint8_t& type, std::string_view& data) {
     if (bytes.size() < 3 || bytes[0] != 0xFF) return false;
     type = bytes[1];
     size_t at = 2;
@@ -108,65 +108,50 @@ bool MidiFileTranslation::open(const std::string& path, std::string& error, std:
 
 bool MidiFileTranslation::openBytes(const std::vector<uint8_t>& bytes, const std::string& path, std::string& error,
                                     std::string& reason) {
-    const std::optional<MidiFileContents> file = readMidiBytes(bytes, reason);
-    if (!file) {
+    std::vector<Track> tracks;
+    int bpm = 120;
+    uint64_t tempoAt = UINT64_MAX;  // the earliest tempo event of the file counts
+    MidiFileContents header;
+    const auto visit = [&](size_t t, uint32_t, uint64_t at, std::span<const uint8_t> bytesOfEvent) {
+        if (bytesOfEvent.empty()) return;
+        if (t >= tracks.size()) tracks.resize(t + 1);
+        Track& track = tracks[t];
+        const uint8_t status = bytesOfEvent[0];
+        if (status >= 0x80 && status < 0xF0) {
+            track.events.push_back({at, status, static_cast<uint8_t>(bytesOfEvent.size() > 1 ? bytesOfEvent[1] & 127 : 0),
+                                    static_cast<uint8_t>(bytesOfEvent.size() > 2 ? bytesOfEvent[2] & 127 : 0)});
+            return;
+        }
+        uint8_t type = 0;
+        std::string_view data;
+        if (!metaData(bytesOfEvent, type, data)) return;
+        if (type == 0x03 && !track.named) {
+            track.name = cp1252ToUtf8(std::string(data));
+            track.named = true;
+        } else if (type == 0x51 && data.size() >= 3 && at < tempoAt) {
+            const auto* d = reinterpret_cast<const uint8_t*>(data.data());
+            const uint32_t micros = static_cast<uint32_t>(d[0]) << 16 | static_cast<uint32_t>(d[1]) << 8 | d[2];
+            if (micros == 0) return;
+            bpm = static_cast<int>(std::clamp(std::lround(60'000'000.0 / micros), 1L, 32767L));
+            tempoAt = at;
+        }
+    };
+    if (!readMidiEvents(bytes, header, reason, visit)) {
         error = "Cound Not Open " + path;
         return false;
     }
-    tracks_.clear();
-    notes_ = file->notes;
-    format_ = file->format;
-    division_ = file->division;
-
-    // The tempo: the earliest tempo event of the file.
-    fileBpm_ = 120;
-    uint64_t tempoAt = UINT64_MAX;
-    for (const auto& track : file->tracks) {
-        uint64_t at = 0;
-        for (const MidiFileEvent& e : track) {
-            at += e.delta;
-            uint8_t type = 0;
-            std::string_view data;
-            if (at < tempoAt && metaData(e.bytes, type, data) && type == 0x51 && data.size() >= 3) {
-                const auto* d = reinterpret_cast<const uint8_t*>(data.data());
-                const uint32_t micros = static_cast<uint32_t>(d[0]) << 16 | static_cast<uint32_t>(d[1]) << 8 | d[2];
-                if (micros == 0) continue;
-                fileBpm_ = static_cast<int>(std::clamp(std::lround(60'000'000.0 / micros), 1L, 32767L));
-                tempoAt = at;
-            }
-        }
-    }
-
+    tracks.resize(header.tracks.size());
+    tracks_ = std::move(tracks);
+    notes_ = std::move(header.notes);
+    format_ = header.format;
+    division_ = header.division;
+    fileBpm_ = bpm;
     // Steps per file tick: a quarter is `division` ticks; SMPTE time runs at the file's tempo.
-    double stepsPerTick = 0;
-    if (file->division > 0) {
-        stepsPerTick = kStepsPerQuarter / static_cast<double>(file->division);
+    if (header.division > 0) {
+        stepsPerTick_ = kStepsPerQuarter / static_cast<double>(header.division);
     } else {
-        const double fps = file->framesPerSecond == 29 ? 29.97 : file->framesPerSecond;
-        stepsPerTick = fileBpm_ / 60.0 * kStepsPerQuarter / (fps * file->ticksPerFrame);
-    }
-
-    tracks_.resize(file->tracks.size());
-    for (size_t t = 0; t < file->tracks.size(); ++t) {
-        Track& track = tracks_[t];
-        uint64_t at = 0;
-        for (const MidiFileEvent& e : file->tracks[t]) {
-            at += e.delta;
-            if (e.bytes.empty()) continue;
-            const uint8_t status = e.bytes[0];
-            if (status >= 0x80 && status < 0xF0) {
-                track.events.push_back({static_cast<double>(at) * stepsPerTick, status,
-                                        static_cast<uint8_t>(e.bytes.size() > 1 ? e.bytes[1] & 127 : 0),
-                                        static_cast<uint8_t>(e.bytes.size() > 2 ? e.bytes[2] & 127 : 0)});
-                continue;
-            }
-            uint8_t type = 0;
-            std::string_view data;
-            if (!track.named && metaData(e.bytes, type, data) && type == 0x03) {
-                track.name = cp1252ToUtf8(std::string(data));
-                track.named = true;
-            }
-        }
+        const double fps = header.framesPerSecond == 29 ? 29.97 : header.framesPerSecond;
+        stepsPerTick_ = fileBpm_ / 60.0 * kStepsPerQuarter / (fps * header.ticksPerFrame);
     }
     error.clear();
     reason.clear();
@@ -251,7 +236,7 @@ MfxList MidiFileTranslation::translate(int track, int channel, int cls) const {
         for (int i = 0; i < n; ++i) {
             if (classes[static_cast<size_t>(i)].first != cls) continue;
             list.values.push_back(classes[static_cast<size_t>(i)].second);
-            list.times.push_back(static_cast<float>(e.step));
+            list.times.push_back(static_cast<float>(static_cast<double>(e.tick) * stepsPerTick_));
         }
     }
     return list;

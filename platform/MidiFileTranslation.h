@@ -61,7 +61,7 @@ public:
 
 private:
     struct Event {
-        double step;  // in steps of 1/24 quarter note from the start
+        uint64_t tick;  // file ticks from the start
         uint8_t status, data1, data2;
     };
     struct Track {
@@ -75,6 +75,7 @@ private:
     int fileBpm_ = 120;
     int format_ = 0;
     int division_ = 0;
+    double stepsPerTick_ = 1;
     std::vector<Track> tracks_;
     std::vector<std::string> notes_;
 };

@@ -257,41 +257,57 @@ std::vector<uint8_t> cleanFile(const Container& c, size_t first, size_t count) {
     return out;
 }
 
-void takeTrack(smf_track_t* track, std::vector<MidiFileEvent>& events) {
+// Hands each event of a track to `visit`, with its delta and its time from the start.
+void visitTrack(smf_track_t* track, size_t number, const MidiEventVisitor& visit) {
     uint64_t absolute = 0;
     for (int n = 1; track && n <= track->number_of_events; ++n) {
         const smf_event_t* e = smf_track_get_event_by_number(track, n);
         if (!e) break;
-        MidiFileEvent event;
-        event.delta = static_cast<uint32_t>(std::max(0, e->delta_time_pulses));
-        absolute += event.delta;
-        event.absolute = static_cast<uint32_t>(std::min<uint64_t>(absolute, UINT32_MAX));
-        event.bytes.assign(e->midi_buffer, e->midi_buffer + e->midi_buffer_length);
-        events.push_back(std::move(event));
+        const auto delta = static_cast<uint32_t>(std::max(0, e->delta_time_pulses));
+        absolute += delta;
+        visit(number, delta, absolute, std::span<const uint8_t>(e->midi_buffer, static_cast<size_t>(std::max(0, e->midi_buffer_length))));
     }
+}
+
+// smf_delete takes each event out of its track's array one by one, which costs a search
+// of the array per event: the events are freed here first, all at once.
+void deleteLoaded(smf_t* smf) {
+    for (int t = 1; t <= smf->number_of_tracks; ++t) {
+        smf_track_t* track = smf_get_track_by_number(smf, t);
+        if (!track || !track->events_array) continue;
+        for (guint i = 0; i < track->events_array->len; ++i) {
+            auto* e = static_cast<smf_event_t*>(g_ptr_array_index(track->events_array, i));
+            free(e->midi_buffer);
+            free(e);
+        }
+        g_ptr_array_set_size(track->events_array, 0);
+        track->number_of_events = 0;
+    }
+    smf_delete(smf);
 }
 
 }  // namespace
 
-std::optional<MidiFileContents> readMidiBytes(std::span<const uint8_t> bytes, std::string& problem) {
+bool readMidiEvents(std::span<const uint8_t> bytes, MidiFileContents& header, std::string& problem,
+                    const MidiEventVisitor& visit) {
     prepareLibraries();
     Container c;
-    MidiFileContents contents;
+    header = MidiFileContents{};
     if (bytes.size() > static_cast<size_t>(INT_MAX)) {
         problem = "it is too large";
-        return std::nullopt;
+        return false;
     }
-    if (!readContainer(bytes, c, contents.notes, problem)) return std::nullopt;
-    contents.format = c.format;
-    contents.division = c.division;
-    contents.framesPerSecond = c.framesPerSecond;
-    contents.ticksPerFrame = c.ticksPerFrame;
-    contents.tracks.resize(c.tracks.size());
+    if (!readContainer(bytes, c, header.notes, problem)) return false;
+    header.format = c.format;
+    header.division = c.division;
+    header.framesPerSecond = c.framesPerSecond;
+    header.ticksPerFrame = c.ticksPerFrame;
+    header.tracks.resize(c.tracks.size());
     for (size_t t = 0; t < c.tracks.size(); ++t) {
         const TrackExtent extent = trackExtent(c.tracks[t]);
         if (!extent.ended)
-            contents.notes.push_back("track " + std::to_string(t + 1) + " is read up to byte " + std::to_string(extent.length) +
-                                     " of " + std::to_string(c.tracks[t].size()) + ", where it has no proper end");
+            header.notes.push_back("track " + std::to_string(t + 1) + " is read up to byte " + std::to_string(extent.length) +
+                                   " of " + std::to_string(c.tracks[t].size()) + ", where it has no proper end");
         c.tracks[t] = c.tracks[t].first(extent.length);
         c.ended.push_back(extent.ended);
     }
@@ -299,27 +315,40 @@ std::optional<MidiFileContents> readMidiBytes(std::span<const uint8_t> bytes, st
     // The whole file at once; when the library refuses it, each track on its own.
     std::vector<uint8_t> clean = cleanFile(c, 0, c.tracks.size());
     if (smf_t* smf = smf_load_from_memory(clean.data(), static_cast<int>(clean.size()))) {
-        for (size_t t = 0; t < c.tracks.size(); ++t)
-            takeTrack(smf_get_track_by_number(smf, static_cast<int>(t + 1)), contents.tracks[t]);
-        smf_delete(smf);
-        return contents;
+        for (size_t t = 0; t < c.tracks.size(); ++t) visitTrack(smf_get_track_by_number(smf, static_cast<int>(t + 1)), t, visit);
+        deleteLoaded(smf);
+        return true;
     }
     size_t read = 0;
     for (size_t t = 0; t < c.tracks.size(); ++t) {
         clean = cleanFile(c, t, 1);
         smf_t* smf = smf_load_from_memory(clean.data(), static_cast<int>(clean.size()));
         if (!smf) {
-            contents.notes.push_back("track " + std::to_string(t + 1) + " could not be read");
+            header.notes.push_back("track " + std::to_string(t + 1) + " could not be read");
             continue;
         }
-        takeTrack(smf_get_track_by_number(smf, 1), contents.tracks[t]);
-        smf_delete(smf);
+        visitTrack(smf_get_track_by_number(smf, 1), t, visit);
+        deleteLoaded(smf);
         ++read;
     }
     if (read == 0 && !c.tracks.empty()) {
         problem = "none of its tracks could be read";
-        return std::nullopt;
+        return false;
     }
+    return true;
+}
+
+std::optional<MidiFileContents> readMidiBytes(std::span<const uint8_t> bytes, std::string& problem) {
+    MidiFileContents contents;
+    const bool ok = readMidiEvents(bytes, contents, problem,
+                                   [&contents](size_t track, uint32_t delta, uint64_t absolute, std::span<const uint8_t> event) {
+                                       MidiFileEvent e;
+                                       e.delta = delta;
+                                       e.absolute = static_cast<uint32_t>(std::min<uint64_t>(absolute, UINT32_MAX));
+                                       e.bytes.assign(event.begin(), event.end());
+                                       contents.tracks[track].push_back(std::move(e));
+                                   });
+    if (!ok) return std::nullopt;
     return contents;
 }
 

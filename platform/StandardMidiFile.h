@@ -11,6 +11,7 @@
 // as it was and no part-written file behind. Thread rule: one thread.
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -70,6 +71,11 @@ std::optional<MidiFileContents> readMidiFile(const std::string& path);
 // can't read is left empty (each told in `notes`).
 std::optional<MidiFileContents> readMidiFile(const std::string& path, std::string& problem);
 std::optional<MidiFileContents> readMidiBytes(std::span<const uint8_t> bytes, std::string& problem);
+// The same without keeping the events: `header` gets the file's fields, its notes and an
+// empty list per track; each event goes to `visit` (track from 0, delta, ticks from the
+// start, the message as the library gives it), track after track.
+using MidiEventVisitor = std::function<void(size_t track, uint32_t delta, uint64_t ticks, std::span<const uint8_t> event)>;
+bool readMidiEvents(std::span<const uint8_t> bytes, MidiFileContents& header, std::string& problem, const MidiEventVisitor& visit);
 
 // Writes a whole file as given: format, division (pulses a quarter) and every track's
 // events by delta, meta events and SysEx included; each track gets its end-of-track event.
