@@ -68,10 +68,13 @@ enum class ControlKind {
     Choice,    // a drop-down list (cbNotes)
     StageRow,  // the stage boxes, numbers and lamps of a stage table
     UpDown,    // steps a value up and down (UpDown1)
+    Slider,    // a position from minimum to maximum (slCurrent)
+    Keyboard,  // Keybd's keys: a gesture's text is "down", "drag" or "up", item and number
+               // the point's x and y in ten-thousandths of the picture
 };
 
 // Buttons whose gesture needs a question first; the panel board asks it.
-enum class Dialog { None, Channel, ChainFile };
+enum class Dialog { None, Channel, ChainFile, MfxFile };
 
 using Reader = std::function<Shown(const Module&)>;
 using Editor = std::function<void(Module&, Engine&, const Gesture&)>;
@@ -151,5 +154,6 @@ void addStepPanels(const PanelAdder& add);
 void addNoteOutputPanels(const PanelAdder& add);
 void addNoteValuePanels(const PanelAdder& add);
 void addChainPanel(const PanelAdder& add);
+void addMidiInputPanels(const PanelAdder& add);
 
 }  // namespace quillmer::gui

@@ -270,7 +270,36 @@ void MIDIFileSlave::listChanged() {
     viewChanged = true;
 }
 
+void MIDIFileSlave::findMasters(Engine& engine) {
+    std::vector<int16_t> indices;
+    std::vector<std::string> names;
+    engine.typeSlot(*typeIdByName("MIDIFile")).forEachActive([&](Module& m) {
+        indices.push_back(m.Index);
+        names.push_back(m.Name);
+    });
+    if (indices == masterIndices_ && names == masterNames_) return;
+    masterIndices_ = std::move(indices);
+    masterNames_ = std::move(names);
+    viewChanged = true;
+}
+
+std::vector<std::string> MIDIFileSlave::masterChoices() const {
+    std::vector<std::string> rows{"(none)"};
+    rows.insert(rows.end(), masterNames_.begin(), masterNames_.end());
+    return rows;
+}
+
+int MIDIFileSlave::masterChoice() const {
+    const auto it = std::find(masterIndices_.begin(), masterIndices_.end(), master);
+    return it == masterIndices_.end() ? 0 : static_cast<int>(it - masterIndices_.begin()) + 1;
+}
+
+void MIDIFileSlave::chooseMaster(int row) {
+    setMaster(row >= 1 && static_cast<size_t>(row) <= masterIndices_.size() ? masterIndices_[static_cast<size_t>(row - 1)] : -1);
+}
+
 void MIDIFileSlave::update(Engine& engine) {
+    findMasters(engine);
     if (!hasList() || master < 0) return;
     const Module* m = engine.typeSlot(*typeIdByName("MIDIFile")).at(master);
     if (!m || m->Active == 0) return;

@@ -96,6 +96,10 @@ public:
     int16_t master = -1;  // cbXmID: instance index of the MIDIFile followed, per snapshot
     int32_t NextEvent = 0;
     void setMaster(int index);
+    // The menu: "(none)", then the MIDIFile modules by name, as the last update found them.
+    std::vector<std::string> masterChoices() const;
+    int masterChoice() const;
+    void chooseMaster(int row);
 
     void writeBody(ByteWriter& out, const OutputNames& names) const override;
     void readBody(ByteReader& in, OutputNames& names) override;
@@ -107,7 +111,10 @@ protected:
     void listChanged() override;
 
 private:
+    void findMasters(Engine& engine);
     float lastTime_ = -1;  // the master's time last seen
+    std::vector<int16_t> masterIndices_;
+    std::vector<std::string> masterNames_;
     std::array<int16_t, kSnapshotCount> storedMaster_{};
 };
 

@@ -224,10 +224,10 @@ void Keybd::drag(double x, double y) {
 void Keybd::release() {
     if (key_ < 0) return;
     key_ = -1;
+    viewChanged = true;  // the picture lets the key go
     if (zeroOnRelease) {
         gate = 0;
         pending_ = 0;
-        viewChanged = true;
     }
 }
 

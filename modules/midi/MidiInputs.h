@@ -172,6 +172,7 @@ public:
     void drag(double x, double y);
     void release();
     void setOctave(int value);
+    int heldKey() const { return key_; }  // 0..23 while the mouse holds a key, else -1
 
     void writeFields(ByteWriter& out) const override;
     void readFields(ByteReader& in) override;
