@@ -10,6 +10,7 @@
 
 #include "../shell/SessionHarness.h"
 #include "modules/midi/MfxFile.h"
+#include "modules/midi/MidiFilePlayers.h"
 #include "platform/StandardMidiFile.h"
 
 using namespace quillmer;
@@ -115,4 +116,36 @@ TEST(MfxCommand, NothingToTranslateOrNothingToReadIsAMessageAndStatusOne) {
     fails(mid + " --track 1 --class \"MIDI Key\" " + dir.file("no/where.mfx"), "Could not save: " + dir.file("no/where.mfx"));
     EXPECT_FALSE(std::filesystem::exists(out));
     EXPECT_NE(mfx(mid + " --track 1 --class 7 --channel 17 " + out).status, 0);
+}
+
+TEST(MfxCommand, AListTranslatedFromAFilePlaysInASavedPatchLockedToItsMaster) {
+    ScratchDir dir;
+    const std::string mid = song(dir);
+    ASSERT_EQ(mfx(mid + " --track 2 --class \"MIDI Key\" --channel 4 " + dir.file("keys.mfx")).status, 0);
+    ASSERT_EQ(mfx(mid + " --track 2 --class velocity " + dir.file("cc.mfx")).status, 0);
+
+    {
+        SessionHarness h;
+        auto& file = static_cast<MIDIFile&>(h.add("MIDIFile"));
+        auto& slave = static_cast<MIDIFileSlave&>(h.add("MIDIFileSlave"));
+        std::string error, reason;
+        ASSERT_TRUE(file.loadList(dir.file("keys.mfx"), error, reason)) << error;
+        ASSERT_TRUE(slave.loadList(dir.file("cc.mfx"), error, reason)) << error;
+        file.setLoop(true);
+        slave.setMaster(file.Index);
+        h.session.engine.StoreAllPatches();
+        ASSERT_EQ(h.save(dir.file("play.qmp")), "");
+    }
+    // Keys 40 and 41 at steps 6 and 36, their velocities 70 and 71 in the slave. The run's
+    // reset shows the first values; at the end the list loops back to step 6 at once.
+    FILE* pipe = ::popen((std::string(QUILLMER_CLI) + " run " + dir.file("play.qmp") +
+                          " --run --ticks 80 --trace 1MIDIFile-,1MIDISlave- 2>&1").c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    std::string out;
+    std::array<char, 4096> buffer{};
+    while (size_t n = std::fread(buffer.data(), 1, buffer.size(), pipe)) out.append(buffer.data(), n);
+    ASSERT_EQ(::pclose(pipe), 0) << out;
+    std::string expected = "tick,1MIDIFile-,1MIDISlave-\n";
+    for (int t = 1; t <= 80; ++t) expected += std::to_string(t) + (t == 38 || t == 69 ? ",41,71\n" : ",40,70\n");
+    EXPECT_EQ(out, expected);
 }
