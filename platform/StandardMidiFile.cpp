@@ -312,18 +312,25 @@ bool readMidiEvents(std::span<const uint8_t> bytes, MidiFileContents& header, st
         c.ended.push_back(extent.ended);
     }
 
-    // The whole file at once; when the library refuses it, each track on its own.
+    // The library refuses a file of no tracks (and keeps a little memory when it does).
+    if (c.tracks.empty()) return true;
+    // The whole file at once. The library drops a track it can't read, and the tracks after
+    // it move up: then each track is read on its own.
     std::vector<uint8_t> clean = cleanFile(c, 0, c.tracks.size());
     if (smf_t* smf = smf_load_from_memory(clean.data(), static_cast<int>(clean.size()))) {
-        for (size_t t = 0; t < c.tracks.size(); ++t) visitTrack(smf_get_track_by_number(smf, static_cast<int>(t + 1)), t, visit);
+        if (static_cast<size_t>(smf->number_of_tracks) == c.tracks.size()) {
+            for (size_t t = 0; t < c.tracks.size(); ++t) visitTrack(smf_get_track_by_number(smf, static_cast<int>(t + 1)), t, visit);
+            deleteLoaded(smf);
+            return true;
+        }
         deleteLoaded(smf);
-        return true;
     }
     size_t read = 0;
     for (size_t t = 0; t < c.tracks.size(); ++t) {
         clean = cleanFile(c, t, 1);
         smf_t* smf = smf_load_from_memory(clean.data(), static_cast<int>(clean.size()));
-        if (!smf) {
+        if (!smf || smf->number_of_tracks != 1) {
+            if (smf) deleteLoaded(smf);
             header.notes.push_back("track " + std::to_string(t + 1) + " could not be read");
             continue;
         }
@@ -331,7 +338,7 @@ bool readMidiEvents(std::span<const uint8_t> bytes, MidiFileContents& header, st
         deleteLoaded(smf);
         ++read;
     }
-    if (read == 0 && !c.tracks.empty()) {
+    if (read == 0) {
         problem = "none of its tracks could be read";
         return false;
     }
