@@ -184,8 +184,10 @@ void MIDIFile::update(Engine& engine) {
     PlayTimeOut = PlayTime;
     if (EndFlag == 0 && r == 0) PlayTime += TempoStep;
 
+    // A list from a damaged record may hold times that aren't numbers: the slider stays at 0.
     const float last = list.times[static_cast<size_t>(top)];
-    const int shown = last > 0 ? std::clamp(static_cast<int>(PlayTime / last * 100.0f), 0, 100) : 0;
+    const float share = last > 0 ? PlayTime / last * 100.0f : 0.0f;
+    const int shown = std::isfinite(share) ? static_cast<int>(std::clamp(share, 0.0f, 100.0f)) : 0;
     if (shown != slider) {
         slider = shown;
         viewChanged = true;

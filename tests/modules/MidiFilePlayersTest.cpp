@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <limits>
 
 #include "ModuleHarness.h"
 #include "modules/midi/MidiFilePlayers.h"
@@ -123,6 +124,21 @@ TEST(MidiFilePlayer, TheSliderSeeksAndFollowsThePosition) {
     EXPECT_EQ(m.slider, 51);
     m.seek(400);
     EXPECT_EQ(m.slider, 100);
+}
+
+TEST(MidiFilePlayer, TimesThatArentNumbersStallTheListButNothingElse) {
+    PlayerHarness h;
+    MfxList odd = listOf({{0, 1}, {2, 2}, {3, 3}});
+    odd.times[1] = std::numeric_limits<float>::quiet_NaN();
+    odd.times[2] = std::numeric_limits<float>::infinity();
+    MIDIFile& m = h.file(odd);
+    m.setLoop(true);
+    h.ticks(50);
+    EXPECT_EQ(h.out(m), 1);
+    EXPECT_EQ(m.slider, 0);
+    m.seek(50);
+    h.ticks(5);
+    EXPECT_GE(m.slider, 0);
 }
 
 TEST(MidiFilePlayer, AModuleWithoutAListDoesNothingAndStoppedRunsReset) {
