@@ -117,6 +117,7 @@ struct Container {
     int ticksPerFrame = 0;
     std::vector<std::span<const uint8_t>> tracks;
     std::vector<bool> ended;  // the track's last event is its end-of-track event
+    std::vector<std::vector<uint8_t>> mended;  // tracks whose bytes had to change
 };
 
 // The chunks of the file, without reading any event: the header's fields and each
@@ -180,6 +181,11 @@ bool readContainer(std::span<const uint8_t> bytes, Container& c, std::vector<std
 struct TrackExtent {
     size_t length = 0;  // bytes of whole events
     bool ended = false;  // the last of them is the end-of-track event
+    // Events the library can't take: escaped events (F7; it asserts on every one) and meta
+    // events with a length of more than one byte (it miscounts them and loses its place).
+    // Where each starts and its size: they are filled in with short meta events that
+    // nothing reads.
+    std::vector<std::pair<size_t, size_t>> fillers;
 };
 
 TrackExtent trackExtent(std::span<const uint8_t> t) {
@@ -215,10 +221,16 @@ TrackExtent trackExtent(std::span<const uint8_t> t) {
             const bool meta = status == 0xFF;
             if (meta && at + 1 >= t.size()) break;
             endOfTrack = meta && t[at + 1] == 0x2F;
+            const size_t start = at;
             at += meta ? 2 : 1;
+            const size_t lengthAt = at;
             uint64_t length = 0;
             if (!quantity(length) || length > t.size() - at) break;
             end = at + static_cast<size_t>(length);
+            if (status == 0xF7 || (meta && at - lengthAt > 1)) {
+                if (end - start < 3) break;  // too short to stand in for
+                extent.fillers.emplace_back(start, end - start);
+            }
         } else {
             break;  // system messages have no place in a file
         }
@@ -231,6 +243,26 @@ TrackExtent trackExtent(std::span<const uint8_t> t) {
         }
     }
     return extent;
+}
+
+// Fills an event's bytes (from its status to its end, 3 or more) with sequencer-specific
+// meta events of at most 127 data bytes: FF 7F n data, then 00 FF 7F n data for each more.
+void fillWithMeta(std::span<uint8_t> bytes) {
+    size_t at = 0;
+    size_t head = 3;  // the first piece keeps the event's own delta
+    while (at < bytes.size()) {
+        const size_t left = bytes.size() - at;
+        size_t n = std::min<size_t>(127, left - head);
+        const size_t after = left - head - n;
+        if (after > 0 && after < 4) n -= 4 - after;  // the last piece needs room for its head
+        if (head == 4) bytes[at++] = 0x00;
+        bytes[at++] = 0xFF;
+        bytes[at++] = 0x7F;
+        bytes[at++] = static_cast<uint8_t>(n);
+        std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), n, uint8_t{0});
+        at += n;
+        head = 4;
+    }
 }
 
 // A file the library takes: format 0 or 1, a division in pulses, every track ending in
@@ -303,6 +335,7 @@ bool readMidiEvents(std::span<const uint8_t> bytes, MidiFileContents& header, st
     header.framesPerSecond = c.framesPerSecond;
     header.ticksPerFrame = c.ticksPerFrame;
     header.tracks.resize(c.tracks.size());
+    c.mended.reserve(c.tracks.size());  // the spans below point into these
     for (size_t t = 0; t < c.tracks.size(); ++t) {
         const TrackExtent extent = trackExtent(c.tracks[t]);
         if (!extent.ended)
@@ -310,6 +343,11 @@ bool readMidiEvents(std::span<const uint8_t> bytes, MidiFileContents& header, st
                                    " of " + std::to_string(c.tracks[t].size()) + ", where it has no proper end");
         c.tracks[t] = c.tracks[t].first(extent.length);
         c.ended.push_back(extent.ended);
+        if (!extent.fillers.empty()) {
+            std::vector<uint8_t>& copy = c.mended.emplace_back(c.tracks[t].begin(), c.tracks[t].end());
+            for (const auto& [start, size] : extent.fillers) fillWithMeta(std::span<uint8_t>(copy).subspan(start, size));
+            c.tracks[t] = std::span<const uint8_t>(copy);
+        }
     }
 
     // The library refuses a file of no tracks (and keeps a little memory when it does).

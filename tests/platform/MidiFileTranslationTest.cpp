@@ -240,6 +240,25 @@ TEST_F(Translation, LyingLengthsMissingEndsAndRunningStatus) {
     EXPECT_EQ(pairs(t2.translate(0, 0, mclass::Key)), (P{{0, 60}, {24, 62}}));
 }
 
+TEST_F(Translation, EscapedEventsArePassedOverAndTheTrackReadOn) {
+    // F7 packets of 1, 3 and 130 bytes (a two-byte length) and a long text between notes;
+    // an empty packet ends what can be read.
+    Bytes track{0x00, 0x90, 60, 100, 0x00, 0xF7, 0x01, 0xF8, 0x18, 0xF7, 0x03, 0x90, 61, 100, 0x18, 0x90, 62, 100,
+                0x00, 0xF7, 0x81, 0x02};
+    track.insert(track.end(), 130, 0x11);
+    track.insert(track.end(), {0x00, 0xFF, 0x01, 0x82, 0x00});
+    track.insert(track.end(), 256, 'a');
+    track.insert(track.end(), {0x18, 0x90, 63, 100, 0x00, 0xF7, 0x00, 0x18, 0x90, 64, 100, 0x00, 0xFF, 0x2F, 0x00});
+    Bytes file{'M', 'T', 'h', 'd', 0, 0, 0, 6, 0, 0, 0, 1, 0, 24, 'M', 'T', 'r', 'k', 0, 0,
+               static_cast<uint8_t>(track.size() >> 8), static_cast<uint8_t>(track.size())};
+    file.insert(file.end(), track.begin(), track.end());
+    const MidiFileTranslation t = open(put("escapes.mid", file));
+    using P = std::vector<std::pair<float, int>>;
+    EXPECT_EQ(pairs(t.translate(0, 0, mclass::Key)), (P{{0, 60}, {48, 62}, {72, 63}}));
+    ASSERT_FALSE(t.notes().empty());
+    EXPECT_NE(t.notes().back().find("no proper end"), std::string::npos);
+}
+
 TEST_F(Translation, WhatCantBeReadIsNamedWithTheFile) {
     MidiFileTranslation t;
     std::string error, reason;
