@@ -102,6 +102,9 @@ uint16_t be16(const uint8_t* p) { return static_cast<uint16_t>(p[0] << 8 | p[1])
 void putBe32(std::vector<uint8_t>& out, uint32_t v) {
     for (int shift = 24; shift >= 0; shift -= 8) out.push_back(static_cast<uint8_t>(v >> shift));
 }
+void putTag(std::vector<uint8_t>& out, const char (&tag)[5]) {
+    for (int i = 0; i < 4; ++i) out.push_back(static_cast<uint8_t>(tag[i]));
+}
 void putBe16(std::vector<uint8_t>& out, uint16_t v) {
     out.push_back(static_cast<uint8_t>(v >> 8));
     out.push_back(static_cast<uint8_t>(v));
@@ -270,7 +273,7 @@ void fillWithMeta(std::span<uint8_t> bytes) {
 std::vector<uint8_t> cleanFile(const Container& c, size_t first, size_t count) {
     const std::span<const std::span<const uint8_t>> tracks = std::span(c.tracks).subspan(first, count);
     std::vector<uint8_t> out;
-    out.insert(out.end(), {'M', 'T', 'h', 'd'});
+    putTag(out, "MThd");
     putBe32(out, 6);
     putBe16(out, tracks.size() > 1 ? 1 : 0);
     putBe16(out, static_cast<uint16_t>(tracks.size()));
@@ -278,12 +281,12 @@ std::vector<uint8_t> cleanFile(const Container& c, size_t first, size_t count) {
     for (size_t n = 0; n < tracks.size(); ++n) {
         const std::span<const uint8_t> t = tracks[n];
         const bool ended = c.ended[first + n];
-        out.insert(out.end(), {'M', 'T', 'r', 'k'});
+        putTag(out, "MTrk");
         putBe32(out, static_cast<uint32_t>(t.size() + (ended ? 0 : 4)));
         out.insert(out.end(), t.begin(), t.end());
         if (!ended) {
             out.push_back(0);
-            out.insert(out.end(), kEndOfTrack.begin(), kEndOfTrack.end());
+            for (uint8_t b : kEndOfTrack) out.push_back(b);
         }
     }
     return out;
