@@ -238,6 +238,11 @@ TrackExtent trackExtent(std::span<const uint8_t> t) {
             break;  // system messages have no place in a file
         }
         if (end > t.size()) break;
+        // A channel message's data bytes are below 128; the library would take one that
+        // isn't for a status and lose its place.
+        if (status < 0xF0 && std::any_of(t.begin() + static_cast<std::ptrdiff_t>(status < 0x80 ? at : at + 1),
+                                         t.begin() + static_cast<std::ptrdiff_t>(end), [](uint8_t b) { return b >= 0x80; }))
+            break;
         at = end;
         extent.length = at;
         if (endOfTrack) {

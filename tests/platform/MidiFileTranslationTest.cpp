@@ -234,6 +234,12 @@ TEST_F(Translation, LyingLengthsMissingEndsAndRunningStatus) {
     EXPECT_NE(all.find("track 4 says it is 1000 bytes long"), std::string::npos) << all;
     EXPECT_NE(all.find("counts 5 tracks"), std::string::npos) << all;
 
+    // A data byte of 128 or more ends what can be read of its track.
+    const Bytes wild{'M', 'T', 'h', 'd', 0, 0, 0, 6, 0, 0, 0, 1, 0, 96, 'M', 'T', 'r', 'k', 0, 0, 0, 12,
+                     0x00, 0x90, 60, 100, 0x10, 0xC3, 0x9B, 0x10, 0x90, 61, 100, 0x40};
+    const MidiFileTranslation t3 = open(put("wild.mid", wild));
+    EXPECT_EQ(pairs(t3.translate(0, 0, mclass::Key)), (P{{0, 60}}));
+
     // A track cut in the middle of an event: the others are still read.
     Bytes cut(bytes.begin(), bytes.end() - 1);
     const MidiFileTranslation t2 = open(put("cut.mid", cut));
