@@ -11,6 +11,7 @@
 
 #include "gui/ComposerWindow.h"
 #include "gui/FileCommands.h"
+#include "gui/MidiFileReadDialog.h"
 #include "gui/HelpMenu.h"
 #include "gui/ModulesMenu.h"
 #include "gui/OptionFlags.h"
@@ -108,8 +109,9 @@ void MainWindow::buildMenus() {
     add(fileMenu_, "mnuFileSave", "&Save", [this] { files_->fileSave(); }, QKeySequence::Save);
     add(fileMenu_, "mnuFileSaveAs", "Save &As...", [this] { files_->fileSaveAs(); }, QKeySequence::SaveAs);
     fileMenu_->addSeparator();
-    // Importers come with the MIDI file, bio sequence and tuning work.
-    for (const char* caption : {"Import &MIDI File...", "&Bio Sequence...", "&Tuning Table..."}) {
+    add(fileMenu_, "mnuFileImportMidi", "Import &MIDI File...", [this] { showMidiFileReadDialog(dialogs_, this); });
+    // Importers come with the bio sequence and tuning work.
+    for (const char* caption : {"&Bio Sequence...", "&Tuning Table..."}) {
         QAction* a = fileMenu_->addAction(QLatin1String(caption));
         a->setEnabled(false);
     }

@@ -12,6 +12,8 @@
 #include "gui/UserDialogs.h"
 #include "gui/Workspace.h"
 #include "gui/panels/StatusIcon.h"
+#include "modules/midi/MfxFile.h"
+#include "modules/midi/MidiInputs.h"
 #include "modules/midi/NoteOutputs.h"
 #include "shell/Session.h"
 
@@ -372,12 +374,29 @@ void PanelBoard::askDialog(PanelFrame* frame, int control) {
         forward(frame, control, g);
         return;
     }
+    if (c.dialog == Dialog::MfxFile) {
+        Gesture g;
+        g.kind = Gesture::Kind::Text;
+        g.text = dialogs_.openFileName(QStringLiteral("Select File to Load into Set buffer"), QString(),
+                                       QStringLiteral("MIDI File Translation (*.mfx)"))
+                     .toStdString();
+        if (g.text.empty()) return;
+        MfxList list;
+        std::string error, reason;
+        if (!loadMfxFile(g.text, list, error, reason)) {
+            dialogs_.critical(QStringLiteral("Quillmer"), QString::fromStdString(error + "\n" + reason));
+            return;
+        }
+        forward(frame, control, g);
+        return;
+    }
     int chanPort = 0;
     {
         auto held = session_.engine.lock();
         Module* m = live(session_.engine, *slot);
         if (!m) return;
-        chanPort = static_cast<const ChannelModule*>(m)->ChanPort;
+        const auto* in = dynamic_cast<const MidiInModule*>(m);
+        chanPort = in ? in->ChanPort : static_cast<const ChannelModule*>(m)->ChanPort;
         pending_ = {m, slot->type, slot->index, 0, control};
     }
     channel_->ask(slot->name, chanPort, frame->mapToGlobal(QPoint(frame->width(), 0)));

@@ -1,6 +1,8 @@
 #include "modules/BuiltTypes.h"
 
 #include "modules/midi/ChannelOutputs.h"
+#include "modules/midi/MidiFilePlayers.h"
+#include "modules/midi/MidiInputs.h"
 #include "modules/midi/NoteOutputs.h"
 #include "modules/midi/NoteValues.h"
 #include "modules/panels/Chain.h"
@@ -112,6 +114,17 @@ void registerBuiltTypes(ModuleRegistry& registry) {
     registry.add<DLTap>("DLTap");
     registry.add<Slew>("Slew");
     registry.add<T127>("T127");
+    registry.add<MIDICCIn>("MIDICCIn");
+    registry.add<MIDICIn>("MIDICIn");
+    registry.add<MIDIPPIn>("MIDIPPIn");
+    registry.add<MIDIPIn>("MIDIPIn");
+    registry.add<MIDIPCIn>("MIDIPCIn");
+    registry.add<MIDIPBIn>("MIDIPBIn");
+    registry.add<MIDIKeyNum>("MIDIKeyNum");
+    registry.add<MIDIKeyVel>("MIDIKeyVel");
+    registry.add<Keybd>("Keybd");
+    registry.add<MIDIFile>("MIDIFile");
+    registry.add<MIDIFileSlave>("MIDIFileSlave");
 }
 
 const ModuleRegistry& builtTypes() {

@@ -1,6 +1,6 @@
 #pragma once
 // Standard MIDI files through libsmf: writing a recording, and reading a file back event by
-// event (what a test or a check needs to see of a recording).
+// event (a recording to check, or a file to translate).
 //
 // The writer makes format 1, division 480. Track 0 holds the tempo (microseconds per
 // quarter = 60000000 / tempo), time signature 4/4 and key C major; channel messages go on
@@ -11,6 +11,7 @@
 // as it was and no part-written file behind. Thread rule: one thread.
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -54,11 +55,31 @@ struct MidiFileEvent {
 
 struct MidiFileContents {
     int format = 0;
-    int division = 0;
+    int division = 0;         // pulses a quarter; 0 for a file timed in SMPTE frames
+    int framesPerSecond = 0;  // SMPTE: 24, 25, 29 (29.97) or 30
+    int ticksPerFrame = 0;
     std::vector<std::vector<MidiFileEvent>> tracks;  // end-of-track events included
+    // What was wrong with the file and mended or left out, one line each.
+    std::vector<std::string> notes;
 };
 
 // Nothing when the file can't be read or isn't a MIDI file.
 std::optional<MidiFileContents> readMidiFile(const std::string& path);
+// The same with what was wrong in `problem`. Files as other programs write them are taken
+// as far as they can be read: track lengths that run past the end are cut to it, a track
+// without its end gets one, format 2 files are read track by track, a track the library
+// can't read is left empty (each told in `notes`).
+std::optional<MidiFileContents> readMidiFile(const std::string& path, std::string& problem);
+std::optional<MidiFileContents> readMidiBytes(std::span<const uint8_t> bytes, std::string& problem);
+// The same without keeping the events: `header` gets the file's fields, its notes and an
+// empty list per track; each event goes to `visit` (track from 0, delta, ticks from the
+// start, the message as the library gives it), track after track.
+using MidiEventVisitor = std::function<void(size_t track, uint32_t delta, uint64_t ticks, std::span<const uint8_t> event)>;
+bool readMidiEvents(std::span<const uint8_t> bytes, MidiFileContents& header, std::string& problem, const MidiEventVisitor& visit);
+
+// Writes a whole file as given: format, division (pulses a quarter) and every track's
+// events by delta, meta events and SysEx included; each track gets its end-of-track event.
+// False with `error` naming the file.
+bool writeMidiFile(const std::string& path, const MidiFileContents& contents, std::string& error);
 
 }  // namespace quillmer

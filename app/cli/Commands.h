@@ -18,6 +18,10 @@ void addRunCommand(CLI::App& app, int& exitStatus);
 // `convert IN OUT`: load and save again.
 void addConvertCommand(CLI::App& app, int& exitStatus);
 
+// `mfx FILE.mid --track N --class CLASS [--channel C] OUT.mfx`: a MIDI file's track and
+// message class translated to a .mfx list.
+void addMfxCommand(CLI::App& app, int& exitStatus);
+
 // `types [--json]`: every catalogue type, its id, prefix, menu group, caption and inputs,
 // and whether it runs yet.
 void addTypesCommand(CLI::App& app, int& exitStatus);

@@ -7,12 +7,14 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QSignalBlocker>
+#include <QSlider>
 #include <QSpinBox>
 
 #include "engine/Constants.h"
 #include "gui/Lamp.h"
 #include "gui/panels/StatusIcon.h"
 #include "gui/panels/sequencers/TableViews.h"
+#include "gui/panels/midi/KeyboardPicture.h"
 #include "modules/sequencers/Steps.h"
 
 namespace quillmer::gui {
@@ -310,6 +312,32 @@ QWidget* PanelFrame::makeControl(int index, const ControlSpec& c) {
             w = knob;
             break;
         }
+        case ControlKind::Slider: {
+            auto* slider = new QSlider(Qt::Horizontal, this);
+            slider->setRange(c.minimum, c.maximum);
+            slider->setFocusPolicy(Qt::NoFocus);
+            connect(slider, &QSlider::sliderMoved, this, [this, index](int value) {
+                Gesture g;
+                g.kind = Gesture::Kind::Value;
+                g.number = value;
+                emit gesture(index, g);
+            });
+            w = slider;
+            break;
+        }
+        case ControlKind::Keyboard: {
+            auto* keys = new KeyboardPicture(this);
+            keys->onMouse = [this, index](KeyboardPicture::Press press, double x, double y) {
+                Gesture g;
+                g.kind = Gesture::Kind::Value;
+                g.text = press == KeyboardPicture::Press::Down ? "down" : press == KeyboardPicture::Press::Drag ? "drag" : "up";
+                g.item = static_cast<int>(x * 10000);
+                g.number = static_cast<int>(y * 10000);
+                emit gesture(index, g);
+            };
+            w = keys;
+            break;
+        }
         case ControlKind::Lamp:
         case ControlKind::StageRow: break;
     }
@@ -442,6 +470,15 @@ void PanelFrame::showControl(int index, const Shown& was, const Shown& now, bool
             spin->setValue(now.number);
             break;
         }
+        case ControlKind::Slider: {
+            auto* slider = static_cast<QSlider*>(control.widget);
+            if (!slider->isSliderDown()) {
+                const QSignalBlocker quiet(slider);
+                slider->setValue(now.number);
+            }
+            break;
+        }
+        case ControlKind::Keyboard: static_cast<KeyboardPicture*>(control.widget)->setHeld(now.number); break;
         case ControlKind::StageRow: showStages(control, now); break;
         case ControlKind::Bars: static_cast<BarsView*>(control.widget)->show(now); break;
         case ControlKind::Knob: static_cast<KnobView*>(control.widget)->setValue(now.number); break;

@@ -31,6 +31,7 @@ public:
         addNoteOutputPanels(add);
         addNoteValuePanels(add);
         addChainPanel(add);
+        addMidiInputPanels(add);
         placeholder_.placeholder = true;
         placeholder_.controls.push_back(caption("lblNotYet", [](const Module&) { return Shown::ofText("Doesn't run yet"); }));
         placeholder_.controls.back().tip = text(Module::kPlaceholderNote);

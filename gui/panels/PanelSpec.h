@@ -76,10 +76,13 @@ enum class ControlKind {
     UpDown,    // steps a value up and down (UpDown1)
     Bars,      // the bars of a slide table, drawn and painted with the mouse
     Knob,      // a knob turned by the angle of the pointer (iKnob)
+    Slider,    // a position from minimum to maximum (slCurrent)
+    Keyboard,  // Keybd's keys: a gesture's text is "down", "drag" or "up", item and number
+               // the point's x and y in ten-thousandths of the picture
 };
 
 // Buttons whose gesture needs a question first; the panel board asks it.
-enum class Dialog { None, Channel, ChainFile, Fill, PageTable };
+enum class Dialog { None, Channel, ChainFile, Fill, PageTable, MfxFile };
 
 using Reader = std::function<Shown(const Module&)>;
 using Editor = std::function<void(Module&, Engine&, const Gesture&)>;
@@ -165,5 +168,6 @@ void addTablePanels(const PanelAdder& add);
 void addNoteOutputPanels(const PanelAdder& add);
 void addNoteValuePanels(const PanelAdder& add);
 void addChainPanel(const PanelAdder& add);
+void addMidiInputPanels(const PanelAdder& add);
 
 }  // namespace quillmer::gui
