@@ -66,17 +66,8 @@ void FileCommands::fileOpen() {
     if (!promptSaveChanges(true)) return;
     const QString path = dialogs_.openFileName(QStringLiteral("Open Module File"), startFolder(), filter());
     if (path.isEmpty()) return;
-    remember(path);
-    bool loaded = false;
-    std::string error;
-    {
-        auto held = session_.engine.lock();
-        session_.CurrentFileName = path.toStdString();
-        loaded = session_.LoadModuleFile(session_.CurrentFileName, error);
-        session_.SetModified(false);
-    }
-    emit patchReplaced();
-    reportLoadFailure(loaded, error);
+    settings_.currentDir = QFileInfo(path).absolutePath();
+    load(path);
 }
 
 bool FileCommands::fileSave() {
@@ -116,22 +107,35 @@ bool FileCommands::saveTo(const QString& path) {
 
 void FileCommands::openFile(const QString& path) {
     if (!QFileInfo(path).isFile()) return;
+    load(path);
+}
+
+// The patch is replaced only by a file that loads whole; a file that doesn't leaves the open
+// patch, its name and its saved state as they were.
+void FileCommands::load(const QString& path) {
     bool loaded = false;
     std::string error;
+    std::string problem;
     {
         auto held = session_.engine.lock();
         session_.engine.ports.closeInputs();
         loaded = session_.OpenFile(path.toStdString(), error);
+        problem = session_.loadProblem;
         session_.engine.ports.openInputs();
     }
+    if (loaded) remember(path);
     emit patchReplaced();
-    reportLoadFailure(loaded, error);
+    if (!loaded) {
+        QString text = QString::fromStdString(error);
+        if (!problem.empty()) text += QStringLiteral("\n\n") + QString::fromStdString(problem);
+        dialogs_.critical(kProduct, text);
+    }
 }
 
-void FileCommands::openChosenFile(const QString& path) {
+void FileCommands::openChosenFile(const QString& chosen) {
+    const QString path = chosen;  // a copy: the recent list it may come from changes below
     if (!QFileInfo(path).isFile()) return;
     if (!promptSaveChanges(true)) return;
-    remember(path);
     openFile(path);
 }
 
@@ -149,10 +153,6 @@ void FileCommands::remember(const QString& path) {
     recent_.add(path);
     settings_.currentDir = QFileInfo(path).absolutePath();
     emit recentFilesChanged();
-}
-
-void FileCommands::reportLoadFailure(bool loaded, const std::string& error) {
-    if (!loaded) dialogs_.critical(kProduct, QString::fromStdString(error));
 }
 
 }  // namespace quillmer::gui

@@ -10,6 +10,7 @@
 #include <QUrl>
 #include <array>
 #include <memory>
+#include <optional>
 
 #include "engine/Catalogue.h"
 
@@ -23,6 +24,7 @@ class Session;
 namespace quillmer::gui {
 
 class FileCommands;
+class ModulePalette;
 class ModulesMenu;
 class OptionsWindow;
 class ModuleMap;
@@ -64,6 +66,17 @@ public:
     // The recent files into the File menu.
     void rebuildRecentMenu();
 
+    // --- editing (MainWindowEdit.cpp) ---
+    // Undo and redo of the last patch edit; the Edit menu's entries follow.
+    void undoEdit();
+    void redoEdit();
+    ModulePalette& palette() { return *palette_; }
+    // Places a module of `type` under the mouse pointer when it is over the shown page, else
+    // where there is room.
+    void placeModuleAtCursor(ModuleTypeId type);
+    // The first window fits into the screen's free area, however large the settings say.
+    void fitToScreen();
+
 signals:
     // The close was accepted and the last tick has run: the program goes on with its exit.
     void closed();
@@ -76,6 +89,9 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    void buildEditMenu();
+    void updateEditActions();
+    void placeModuleAt(ModuleTypeId type, std::optional<QPoint> pixel);
     void buildMenus();
     void buildToolbar();
     void wireEngineEvents();
@@ -98,6 +114,9 @@ private:
     ModulesMenu* modulesMenu_ = nullptr;
     std::unique_ptr<PanelBoard> panels_;
     ModuleMap* map_ = nullptr;
+    ModulePalette* palette_ = nullptr;
+    QAction* undoAction_ = nullptr;
+    QAction* redoAction_ = nullptr;
     QMenu* fileMenu_ = nullptr;
     std::array<QAction*, 5> recentActions_{};
     QTimer refreshTimer_;

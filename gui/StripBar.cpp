@@ -12,6 +12,7 @@
 
 #include "engine/Placement.h"
 #include "gui/CpuMeter.h"
+#include "gui/Editing.h"
 #include "gui/Lamp.h"
 #include "shell/Session.h"
 
@@ -121,6 +122,13 @@ QWidget* StripBar::makeTempoControls() {
     row->addWidget(tempoSlider_, 1);
     row->addWidget(tempoSpin_);
     connect(tempoSlider_, &QSlider::valueChanged, this, &StripBar::setTempo);
+    // A drag of the slider is one undo step; the next change starts another.
+    const auto seal = [this] {
+        auto held = session_.engine.lock();
+        session_.history.seal();
+    };
+    connect(tempoSlider_, &QSlider::sliderReleased, this, seal);
+    connect(tempoSpin_, &QSpinBox::editingFinished, this, seal);
     connect(tempoSpin_, &QSpinBox::valueChanged, this, &StripBar::setTempo);
     return box;
 }
@@ -201,7 +209,8 @@ QWidget* StripBar::makeLamps() {
 void StripBar::setTempo(int value) {
     {
         auto held = session_.engine.lock();
-        session_.engine.SetNewTempo(value);
+        if (session_.engine.Tempo() == value) return;
+        quillmer::setTempo(session_, value);
     }
     emit edited();
 }
@@ -235,9 +244,11 @@ void StripBar::showState(const StripState& s) {
     {
         const QSignalBlocker a(tempoSlider_), b(tempoSpin_);
         tempoSlider_->setMaximum(s.maxTempo);
-        tempoSpin_->setMaximum(s.maxTempo);
-        tempoSlider_->setValue(s.tempo);
-        tempoSpin_->setValue(s.tempo);
+        if (!tempoSlider_->isSliderDown()) tempoSlider_->setValue(s.tempo);
+        if (!beingEdited(tempoSpin_)) {
+            tempoSpin_->setMaximum(s.maxTempo);
+            tempoSpin_->setValue(s.tempo);
+        }
     }
     {
         const QSignalBlocker a(pageGroup_);
@@ -250,15 +261,16 @@ void StripBar::showState(const StripState& s) {
     }
     {
         const QSignalBlocker a(snapshotBox_), b(snapshotSpin_);
-        if (s.snapshotNames != shownNames_) {
+        const bool typing = beingEdited(snapshotBox_);
+        if (s.snapshotNames != shownNames_ && !typing) {
             snapshotBox_->clear();
             for (const std::string& name : s.snapshotNames) snapshotBox_->addItem(QString::fromStdString(name));
             shownNames_ = s.snapshotNames;
             shownComboText_.clear();
         }
         snapshotSpin_->setMaximum(std::max<int>(0, static_cast<int>(s.snapshotNames.size()) - 1));
-        snapshotSpin_->setValue(s.currentSnapshot);
-        if (s.comboText != shownComboText_) {
+        if (!beingEdited(snapshotSpin_)) snapshotSpin_->setValue(s.currentSnapshot);
+        if (s.comboText != shownComboText_ && !typing) {
             snapshotBox_->setEditText(QString::fromStdString(s.comboText));
             shownComboText_ = s.comboText;
         }
