@@ -56,7 +56,7 @@ MainWindow::MainWindow(Session& session, UserDialogs& dialogs, ProgramSettings& 
     strip_ = new StripBar(session_, central);
     workspace_ = new Workspace(central);
     workspace_->setBackColor(settings_.backColor);
-    column->addWidget(strip_);
+    column->addWidget(stripRow(central));
     column->addWidget(workspace_, 1);
     setCentralWidget(central);
     panels_ = std::make_unique<PanelBoard>(session_, dialogs_, *workspace_, this);

@@ -90,6 +90,7 @@ protected:
 
 private:
     void buildEditMenu();
+    QWidget* stripRow(QWidget* parent);
     void updateEditActions();
     void placeModuleAt(ModuleTypeId type, std::optional<QPoint> pixel);
     void buildMenus();

@@ -6,17 +6,54 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <tuple>
 
 #include "gui/MainWindow.h"
 #include "gui/ModulePalette.h"
 #include "gui/PanelBoard.h"
+#include "gui/StripBar.h"
 #include "gui/UserDialogs.h"
 #include "gui/Workspace.h"
 #include "engine/Placement.h"
 #include "shell/Session.h"
 
 namespace quillmer::gui {
+
+namespace {
+// The strip in a row that scrolls sideways when the window is narrower than the strip (a
+// small screen, large scaling), and is as high as the strip otherwise.
+class StripRow final : public QScrollArea {
+public:
+    explicit StripRow(QWidget* strip, QWidget* parent) : QScrollArea(parent) {
+        setObjectName(QStringLiteral("stripRow"));
+        setFrameShape(QFrame::NoFrame);
+        setWidgetResizable(true);
+        setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+        setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+        setWidget(strip);
+        fitHeight();
+    }
+    QSize minimumSizeHint() const override { return {0, height()}; }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QScrollArea::resizeEvent(event);
+        fitHeight();
+    }
+
+private:
+    void fitHeight() {
+        const bool scrolls = widget()->minimumSizeHint().width() > width();
+        const int wanted = widget()->sizeHint().height() + (scrolls ? horizontalScrollBar()->sizeHint().height() : 0);
+        if (height() != wanted) setFixedHeight(wanted);
+    }
+};
+}  // namespace
+
+QWidget* MainWindow::stripRow(QWidget* parent) { return new StripRow(strip_, parent); }
 
 void MainWindow::buildEditMenu() {
     QMenu* edit = menuBar()->addMenu(QStringLiteral("&Edit"));

@@ -128,7 +128,10 @@ QWidget* StripBar::makeTempoControls() {
         session_.history.seal();
     };
     connect(tempoSlider_, &QSlider::sliderReleased, this, seal);
-    connect(tempoSpin_, &QSpinBox::editingFinished, this, seal);
+    connect(tempoSpin_, &QSpinBox::editingFinished, this, [this, seal] {
+        if (auto* line = tempoSpin_->findChild<QLineEdit*>()) line->setModified(false);
+        seal();
+    });
     connect(tempoSpin_, &QSpinBox::valueChanged, this, &StripBar::setTempo);
     return box;
 }

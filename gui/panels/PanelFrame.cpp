@@ -445,6 +445,7 @@ void PanelFrame::showStages(Control& control, const Shown& now, bool typingOver)
     for (size_t i = 0; i < control.stageBoxes.size() && i < now.row.size(); ++i) {
         auto* box = static_cast<QLineEdit*>(control.stageBoxes[i]);
         const QString value = QString::number(now.row[i]);
+        if (typingOver) box->setModified(false);
         if (box->text() == value) continue;
         // Typing goes on undisturbed; the box shows the module's value once it is left.
         if (!typingOver && beingEdited(box)) continue;

@@ -148,21 +148,21 @@ TEST(EditHistory, StageValuesAndTempoAndOneStepPerGesture) {
 TEST(EditHistory, KeepsTheLimitDropsTheRedoTailAndSkipsEditsThatChangeNothing) {
     Undo h;
     Session& s = h.session;
-    for (int bpm = 30; bpm < 30 + 260; ++bpm) {
-        setTempo(s, bpm);
-        s.history.seal();
-    }
+    const std::string name = placeModule(s, type("Div"), 0, 0, 0).Name;
+    const auto top = [&] { return find(s, name)->Top; };
+    for (int i = 1; i <= 260; ++i) moveModule(s, *find(s, name), 0, 15 * i, 0);
     EXPECT_EQ(s.history.size(), s.history.limit());
     EXPECT_GE(s.history.limit(), 200u);
     for (int i = 0; i < 200; ++i) h.undo();
-    EXPECT_EQ(s.engine.Tempo(), 30 + 259 - 200);
+    EXPECT_EQ(top(), 15 * 60);
 
-    setTempo(s, s.engine.Tempo());  // nothing changes: no step, the redo tail stays
+    moveModule(s, *find(s, name), 0, top(), 0);  // nothing changes: no step, the redo tail stays
     EXPECT_TRUE(s.history.canRedo());
     setTempo(s, 77);
     EXPECT_FALSE(s.history.canRedo());
     h.undo();
-    EXPECT_EQ(s.engine.Tempo(), 30 + 259 - 200);
+    EXPECT_EQ(top(), 15 * 60);
+    EXPECT_EQ(s.engine.Tempo(), 120);
 }
 
 TEST(EditHistory, UndoKeepsTheTransportThePageAndTheFileName) {
