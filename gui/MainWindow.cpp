@@ -131,6 +131,7 @@ void MainWindow::buildMenus() {
     }
     rebuildRecentMenu();
     buildEditMenu();
+    buildViewMenu();
 
     modulesMenu_ = new ModulesMenu(session_.engine.registry(), this);
     menuBar()->addMenu(modulesMenu_);
@@ -245,6 +246,7 @@ void MainWindow::refreshStrip() {
 
 void MainWindow::refreshPanels() {
     panels_->refresh();
+    refreshConnections();
     if (map_->isVisible()) map_->showModules(panels_->placed(), panels_->shownPage());
 }
 

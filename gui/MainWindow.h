@@ -23,6 +23,7 @@ class Session;
 
 namespace quillmer::gui {
 
+class ConnectionView;
 class FileCommands;
 class ModulePalette;
 class ModulesMenu;
@@ -77,6 +78,11 @@ public:
     // The first window fits into the screen's free area, however large the settings say.
     void fitToScreen();
 
+    // --- the View menu (MainWindowView.cpp) ---
+    ConnectionView& connections() { return *connections_; }
+    // The connection lines follow the panels and the pointer.
+    void refreshConnections();
+
 signals:
     // The close was accepted and the last tick has run: the program goes on with its exit.
     void closed();
@@ -90,6 +96,7 @@ protected:
 
 private:
     void buildEditMenu();
+    void buildViewMenu();
     QWidget* stripRow(QWidget* parent);
     void updateEditActions();
     void placeModuleAt(ModuleTypeId type, std::optional<QPoint> pixel);
@@ -116,6 +123,7 @@ private:
     std::unique_ptr<PanelBoard> panels_;
     ModuleMap* map_ = nullptr;
     ModulePalette* palette_ = nullptr;
+    ConnectionView* connections_ = nullptr;
     QAction* undoAction_ = nullptr;
     QAction* redoAction_ = nullptr;
     QMenu* fileMenu_ = nullptr;

@@ -15,6 +15,7 @@
 #include <QWheelEvent>
 
 #include "engine/Placement.h"
+#include "gui/ConnectionView.h"
 #include "gui/FileCommands.h"
 #include "gui/Lamp.h"
 #include "gui/Look.h"
@@ -416,6 +417,73 @@ TEST(Palette, FindsByNameCaptionOrGroupAndEnterPlacesTheModule) {
     EXPECT_TRUE(palette.text().isEmpty());
     auto held = h.engine().lock();
     EXPECT_NE(h.engine().findModule("1Step12-"), nullptr);
+}
+
+
+// --- the connection view ---
+
+TEST(Connections, LinesRunFromSourcesToInputsAndToThePageEdgeFromOtherPages) {
+    GuiHarness h;
+    h.placeModule("Div");    // 1Div-
+    h.placeModule("Div");    // 2Div-
+    h.placeModule("Add");    // 1Add-
+    {
+        auto held = h.engine().lock();
+        h.engine().MapCommand("2Div-", 0, 3);  // a source on another page
+    }
+    connectThroughList(h, "1Add-", 0, "1Div-");
+    connectThroughList(h, "1Add-", 1, "2Div-");
+    connectThroughList(h, "1Div-", 0, "~  12");  // a constant: no line
+
+    QAction* toggle = h.window().action(QStringLiteral("mnuViewLinks"));
+    ASSERT_NE(toggle, nullptr);
+    toggle->setChecked(true);
+    h.window().refresh();
+    gui::ConnectionView& view = h.window().connections();
+    EXPECT_TRUE(view.isVisible());
+    EXPECT_EQ(view.parentWidget(), h.window().workspace().canvas(0));
+    ASSERT_EQ(view.segments().size(), 2u);
+
+    gui::PanelFrame& add = panel(h, "1Add-");
+    gui::PanelFrame& div = panel(h, "1Div-");
+    QWidget* canvas = h.window().workspace().canvas(0);
+    for (const gui::ConnectionView::Segment& s : view.segments()) {
+        const int row = s.link.row;
+        const QPoint input = add.inputButton(row)->mapTo(canvas, QPoint(0, add.inputButton(row)->height() / 2));
+        EXPECT_EQ(s.line.p2(), input) << "row " << row;
+        if (row == 0) {
+            EXPECT_FALSE(s.offPage);
+            EXPECT_EQ(s.link.source, QStringLiteral("1Div-"));
+            EXPECT_EQ(s.line.p1().x(), div.geometry().right());
+        } else {
+            EXPECT_TRUE(s.offPage);
+            EXPECT_EQ(s.link.source, QStringLiteral("2Div-"));
+            EXPECT_EQ(s.link.sourcePage, 3);
+            EXPECT_EQ(s.line.p1(), QPoint(0, input.y()));
+        }
+    }
+
+    // Hovering a panel brings out its sources and listeners; an input button only its source.
+    view.setHovered(QStringLiteral("1Add-"));
+    EXPECT_EQ(view.highlighted(), QStringList({"1Div-", "2Div-"}));
+    view.setHovered(QStringLiteral("1Add-"), 1);
+    EXPECT_EQ(view.highlighted(), QStringList({"2Div-"}));
+    view.setHovered(QStringLiteral("1Div-"));
+    EXPECT_EQ(view.highlighted(), QStringList({"1Add-"}));
+
+    // The lines follow a move and go with a deleted source.
+    drag(div.nameLabel(), QPoint(0, 60));
+    h.window().refresh();
+    EXPECT_EQ(view.segments()[0].line.p1().y(), panel(h, "1Div-").geometry().top() + 10);
+    {
+        auto held = h.engine().lock();
+        h.engine().MapCommand("1Div-", 1, 0);
+    }
+    h.window().refresh();
+    EXPECT_EQ(view.segments().size(), 1u);
+
+    toggle->setChecked(false);
+    EXPECT_FALSE(view.isVisible());
 }
 
 }  // namespace
