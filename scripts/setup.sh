@@ -13,6 +13,7 @@ packages=(
   libcli11-dev
   jackd2
   xvfb xauth
+  desktop-file-utils
   clang-14 libclang-rt-14-dev llvm-14
 )
 # clang-14 with libclang-rt-14-dev: libFuzzer and clang's sanitizer runtimes for the fuzz
