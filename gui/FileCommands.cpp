@@ -5,6 +5,7 @@
 #include "gui/ProgramSettings.h"
 #include "gui/RecentFiles.h"
 #include "gui/UserDialogs.h"
+#include "shell/EditCommands.h"
 #include "shell/Session.h"
 
 namespace quillmer::gui {
@@ -93,6 +94,7 @@ bool FileCommands::fileSaveAs() {
 }
 
 bool FileCommands::saveTo(const QString& path) {
+    if (!offerToStoreSnapshot()) return false;
     bool saved = false;
     std::string error;
     {
@@ -103,6 +105,28 @@ bool FileCommands::saveTo(const QString& path) {
     emit patchReplaced();
     if (!saved) dialogs_.critical(kProduct, QString::fromStdString(error));
     return saved;
+}
+
+// A save keeps the live settings in the autosave slot and then recalls the current
+// snapshot; edits made to it since it was stored would only be in the autosave then.
+bool FileCommands::offerToStoreSnapshot() {
+    QString name;
+    {
+        auto held = session_.engine.lock();
+        const Engine& e = session_.engine;
+        if (!session_.snapshots.liveEdited || e.SnapshotCount == 0 || e.CurrentSnapshot == 0) return true;
+        name = QString::fromStdString(session_.snapshots.SnapshotNames[static_cast<size_t>(e.CurrentSnapshot)]);
+    }
+    switch (dialogs_.askSaveChanges(QStringLiteral("The settings of snapshot \"") + name +
+                                        QStringLiteral("\" have been changed.  Store them in it before saving?"),
+                                    true)) {
+        case SaveAnswer::Cancel: return false;
+        case SaveAnswer::No: return true;
+        case SaveAnswer::Yes: break;
+    }
+    auto held = session_.engine.lock();
+    storeSnapshot(session_, false);
+    return true;
 }
 
 void FileCommands::openFile(const QString& path) {

@@ -50,6 +50,7 @@ private:
     void remember(const QString& path);
     bool saveTo(const QString& path);
     void load(const QString& path);
+    bool offerToStoreSnapshot();
 
     Session& session_;
     UserDialogs& dialogs_;

@@ -59,6 +59,7 @@ StripState StripState::read(Session& session) {
     const auto& names = session.snapshots.SnapshotNames;
     s.snapshotNames.assign(names.begin(), names.begin() + std::clamp<int>(e.SnapshotCount, 0, kSnapshotCount));
     s.comboText = session.snapshots.comboText;
+    s.snapshotEdited = session.snapshots.liveEdited && e.SnapshotCount > 0;
     return s;
 }
 
@@ -89,7 +90,14 @@ QWidget* StripBar::makeSnapshotControls() {
     snapshotSpin_->setObjectName(QStringLiteral("UpDownPatch"));
     snapshotSpin_->setToolTip(QStringLiteral("Next/Previous Snapshot"));
     snapshotSpin_->setRange(0, 0);
+    editedMark_ = new QLabel(QStringLiteral("\u270E"), box);
+    editedMark_->setObjectName(QStringLiteral("lblSnapEdited"));
+    editedMark_->setToolTip(QStringLiteral("Settings changed since this snapshot was stored or recalled: "
+                                           "Store Current Snapshot keeps them in it"));
+    editedMark_->setFixedWidth(editedMark_->fontMetrics().horizontalAdvance(QStringLiteral("\u270E")) + 4);
+    editedMark_->setEnabled(false);
     row->addWidget(snapshotBox_);
+    row->addWidget(editedMark_);
     row->addWidget(snapshotSpin_);
 
     // The typed text names the next stored snapshot.
@@ -278,6 +286,10 @@ void StripBar::showState(const StripState& s) {
             shownComboText_ = s.comboText;
         }
     }
+    // The mark keeps its place so the strip doesn't shift: shown lit or dimmed.
+    if (editedMark_->isEnabled() != s.snapshotEdited) editedMark_->setEnabled(s.snapshotEdited);
+    const QString markText = s.snapshotEdited ? QStringLiteral("\u270E") : QString();
+    if (editedMark_->text() != markText) editedMark_->setText(markText);
     beatLamp_->setOn(s.lamps.tick);
     timingLamp_->setOn(s.lamps.timingError);
     midiInLamp_->setOn(s.lamps.midiIn);

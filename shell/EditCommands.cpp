@@ -16,6 +16,7 @@ PatchState capturePatch(Session& session) {
     state.comboText = session.snapshots.comboText;
     state.currentSnapshot = e.CurrentSnapshot;
     state.snapshotCount = e.SnapshotCount;
+    state.liveEdited = session.snapshots.liveEdited;
 
     // The live settings go into the first free row and the file form says to recall it.
     const bool spare = e.SnapshotCount < kSnapshotCount;
@@ -45,6 +46,7 @@ bool restorePatch(Session& session, const PatchState& state, std::string& error)
     e.CurrentSnapshot = state.currentSnapshot;
     e.SnapshotCount = state.snapshotCount;
     session.snapshots.comboText = state.comboText;
+    session.snapshots.liveEdited = state.liveEdited;
     session.author = state.author;
     session.modifier = state.modifier;
     session.fileVersion = state.fileVersion;
@@ -75,6 +77,11 @@ bool EditHistory::commit() {
         return false;
     }
     session_.SetModified(true);
+    // Settings a snapshot keeps now differ from the one in use.
+    const EditKind kind = pending_.kind;
+    if ((kind == EditKind::Connect || kind == EditKind::Setting || kind == EditKind::StageValue) &&
+        session_.engine.SnapshotCount > 0)
+        session_.snapshots.liveEdited = after.liveEdited = true;
     steps_.erase(steps_.begin() + static_cast<std::ptrdiff_t>(applied_), steps_.end());
     const bool merge = !sealed_ && !ends && !steps_.empty() && steps_.back().gesture == pending_.gesture;
     sealed_ = ends;

@@ -25,6 +25,7 @@ struct PatchState {
     int fileVersion = 0;
     int16_t currentSnapshot = 0;
     int16_t snapshotCount = 0;
+    bool liveEdited = false;  // the live settings differ from the current snapshot
     bool operator==(const PatchState&) const = default;
 };
 

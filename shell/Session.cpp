@@ -72,6 +72,7 @@ void Session::newPatch() {
     engine.options.lockModules = false;
     LoadAuxFiles({});
     history.clear();
+    snapshots.liveEdited = false;
     SetModified(false);
 }
 
@@ -105,6 +106,7 @@ bool Session::OpenFile(const std::string& path, std::string& error) {
         CurrentFileName = path;
         LoadAuxFiles(path);
         history.clear();
+        snapshots.liveEdited = false;
         SetModified(false);
     } else {
         const std::string problem = loadProblem;

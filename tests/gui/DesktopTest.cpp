@@ -486,5 +486,60 @@ TEST(Connections, LinesRunFromSourcesToInputsAndToThePageEdgeFromOtherPages) {
     EXPECT_FALSE(view.isVisible());
 }
 
+
+// --- snapshot edits ---
+
+TEST(SnapshotEdits, TheBoxMarksChangedSettingsAndSaveOffersToStoreThem) {
+    GuiHarness h;
+    h.placeModule("Step4");
+    gui::PanelFrame& steps = panel(h, "1Step04-");
+    QLabel* mark = h.window().strip().snapshotEditedMark();
+    h.window().action(QStringLiteral("Camera"))->trigger();  // slot 0
+    h.window().action(QStringLiteral("Camera"))->trigger();  // slot 1, in use
+    h.window().refresh();
+    EXPECT_FALSE(mark->isEnabled());
+
+    auto* box = static_cast<QLineEdit*>(steps.stageBox(1));
+    box->setFocus();
+    box->clear();
+    type(box, QStringLiteral("77"));
+    box->clearFocus();
+    h.window().refresh();
+    EXPECT_TRUE(mark->isEnabled());
+    EXPECT_FALSE(mark->text().isEmpty());
+
+    // Undo takes the mark back with the edit.
+    h.window().undoEdit();
+    EXPECT_FALSE(mark->isEnabled());
+    h.window().redoEdit();
+    EXPECT_TRUE(mark->isEnabled());
+
+    h.dialogs.saveAsAnswers = {h.file("snap.qmp")};
+    h.dialogs.saveAnswers = {SaveAnswer::Yes};
+    ASSERT_TRUE(h.window().files().fileSaveAs());
+    ASSERT_EQ(h.dialogs.saveQuestions.size(), 1u);
+    EXPECT_TRUE(h.dialogs.saveQuestions[0].contains(QStringLiteral("001"))) << h.dialogs.saveQuestions[0].toStdString();
+    h.window().refresh();
+    EXPECT_FALSE(mark->isEnabled());
+    {
+        auto held = h.engine().lock();
+        h.session().snapshots.select(0);
+        h.session().snapshots.select(1);
+    }
+    h.window().refresh();
+    EXPECT_EQ(box->text(), QStringLiteral("77")) << "the snapshot in use kept the edit";
+
+    // Recalling another snapshot clears the mark; a save then asks nothing.
+    type(box, QString());
+    {
+        auto held = h.engine().lock();
+        h.session().snapshots.select(0);
+    }
+    h.window().refresh();
+    EXPECT_FALSE(mark->isEnabled());
+    ASSERT_TRUE(h.window().files().fileSave());
+    EXPECT_EQ(h.dialogs.saveQuestions.size(), 1u);
+}
+
 }  // namespace
 }  // namespace quillmer::testing
