@@ -45,6 +45,8 @@ public:
         return "~ " + std::string(3 - digits.size(), ' ') + digits;
     }
     void connectConstant(Module& m, int input, int value) { connect(m, input, constant(value)); }
+    // Held while the transport is stopped: a clock's gate drops, so its notes end at the stop.
+    void holdOnStop(Module& m, int holdInput) { connect(m, holdInput, "~ Stop"); }
     void stages(Module& m, std::initializer_list<uint8_t> values) {
         static_cast<StepSequencer&>(m).UpdateSeq(std::span<const uint8_t>(values.begin(), values.size()));
     }
@@ -70,9 +72,11 @@ void buildDemoPatch(Session& session) {
     Module& eighths = b.place("Clock", 0, 0, 0);
     b.connectConstant(eighths, 0, 12);
     b.connectConstant(eighths, 1, 70);
+    b.holdOnStop(eighths, 2);
     Module& melodyCount = b.place("Stepper", 0, 0, 1);
     b.connectConstant(melodyCount, 0, 12);
     b.connectConstant(melodyCount, 4, 15);  // Limit
+    b.holdOnStop(melodyCount, Stepper::kHold);
     Module& melody = b.place("Step16", 0, 0, 2);
     b.connect(melody, 0, melodyCount.Name);
     auto& vibes = static_cast<MIDITone&>(b.place("MIDITone", 0, 0, 4));
@@ -88,9 +92,11 @@ void buildDemoPatch(Session& session) {
     Module& quarters = b.place("Clock", 0, 2, 0);
     b.connectConstant(quarters, 0, 24);
     b.connectConstant(quarters, 1, 85);
+    b.holdOnStop(quarters, 2);
     Module& bassCount = b.place("Stepper", 0, 2, 1);
     b.connectConstant(bassCount, 0, 24);
     b.connectConstant(bassCount, 4, 7);
+    b.holdOnStop(bassCount, Stepper::kHold);
     Module& bassLine = b.place("Step8", 0, 3, 1);
     b.connect(bassLine, 0, bassCount.Name);
     b.stages(bassLine, {0, 0, 4, 4, 5, 5, 3, 4});
@@ -108,9 +114,11 @@ void buildDemoPatch(Session& session) {
     Module& sixteenths = b.place("Clock", 1, 0, 0);
     b.connectConstant(sixteenths, 0, 6);
     b.connectConstant(sixteenths, 1, 40);
+    b.holdOnStop(sixteenths, 2);
     Module& hatCount = b.place("Stepper", 1, 0, 1);
     b.connectConstant(hatCount, 0, 6);
     b.connectConstant(hatCount, 4, 7);
+    b.holdOnStop(hatCount, Stepper::kHold);
     Module& hatAccents = b.place("Step8", 1, 1, 1);
     b.connect(hatAccents, 0, hatCount.Name);
     b.stages(hatAccents, {92, 38, 70, 38, 92, 38, 70, 55});

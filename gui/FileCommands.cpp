@@ -5,6 +5,7 @@
 #include "gui/ProgramSettings.h"
 #include "gui/RecentFiles.h"
 #include "gui/UserDialogs.h"
+#include "shell/EditCommands.h"
 #include "shell/Session.h"
 
 namespace quillmer::gui {
@@ -66,17 +67,8 @@ void FileCommands::fileOpen() {
     if (!promptSaveChanges(true)) return;
     const QString path = dialogs_.openFileName(QStringLiteral("Open Module File"), startFolder(), filter());
     if (path.isEmpty()) return;
-    remember(path);
-    bool loaded = false;
-    std::string error;
-    {
-        auto held = session_.engine.lock();
-        session_.CurrentFileName = path.toStdString();
-        loaded = session_.LoadModuleFile(session_.CurrentFileName, error);
-        session_.SetModified(false);
-    }
-    emit patchReplaced();
-    reportLoadFailure(loaded, error);
+    settings_.currentDir = QFileInfo(path).absolutePath();
+    load(path);
 }
 
 bool FileCommands::fileSave() {
@@ -102,6 +94,7 @@ bool FileCommands::fileSaveAs() {
 }
 
 bool FileCommands::saveTo(const QString& path) {
+    if (!offerToStoreSnapshot()) return false;
     bool saved = false;
     std::string error;
     {
@@ -114,24 +107,59 @@ bool FileCommands::saveTo(const QString& path) {
     return saved;
 }
 
+// A save keeps the live settings in the autosave slot and then recalls the current
+// snapshot; edits made to it since it was stored would only be in the autosave then.
+bool FileCommands::offerToStoreSnapshot() {
+    QString name;
+    {
+        auto held = session_.engine.lock();
+        const Engine& e = session_.engine;
+        if (!session_.snapshots.liveEdited || e.SnapshotCount == 0 || e.CurrentSnapshot == 0) return true;
+        name = QString::fromStdString(session_.snapshots.SnapshotNames[static_cast<size_t>(e.CurrentSnapshot)]);
+    }
+    switch (dialogs_.askSaveChanges(QStringLiteral("The settings of snapshot \"") + name +
+                                        QStringLiteral("\" have been changed.  Store them in it before saving?"),
+                                    true)) {
+        case SaveAnswer::Cancel: return false;
+        case SaveAnswer::No: return true;
+        case SaveAnswer::Yes: break;
+    }
+    auto held = session_.engine.lock();
+    storeSnapshot(session_, false);
+    return true;
+}
+
 void FileCommands::openFile(const QString& path) {
     if (!QFileInfo(path).isFile()) return;
+    load(path);
+}
+
+// The patch is replaced only by a file that loads whole; a file that doesn't leaves the open
+// patch, its name and its saved state as they were.
+void FileCommands::load(const QString& path) {
     bool loaded = false;
     std::string error;
+    std::string problem;
     {
         auto held = session_.engine.lock();
         session_.engine.ports.closeInputs();
         loaded = session_.OpenFile(path.toStdString(), error);
+        problem = session_.loadProblem;
         session_.engine.ports.openInputs();
     }
+    if (loaded) remember(path);
     emit patchReplaced();
-    reportLoadFailure(loaded, error);
+    if (!loaded) {
+        QString text = QString::fromStdString(error);
+        if (!problem.empty()) text += QStringLiteral("\n\n") + QString::fromStdString(problem);
+        dialogs_.critical(kProduct, text);
+    }
 }
 
-void FileCommands::openChosenFile(const QString& path) {
+void FileCommands::openChosenFile(const QString& chosen) {
+    const QString path = chosen;  // a copy: the recent list it may come from changes below
     if (!QFileInfo(path).isFile()) return;
     if (!promptSaveChanges(true)) return;
-    remember(path);
     openFile(path);
 }
 
@@ -149,10 +177,6 @@ void FileCommands::remember(const QString& path) {
     recent_.add(path);
     settings_.currentDir = QFileInfo(path).absolutePath();
     emit recentFilesChanged();
-}
-
-void FileCommands::reportLoadFailure(bool loaded, const std::string& error) {
-    if (!loaded) dialogs_.critical(kProduct, QString::fromStdString(error));
 }
 
 }  // namespace quillmer::gui

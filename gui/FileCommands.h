@@ -49,7 +49,8 @@ private:
     QString startFolder() const;
     void remember(const QString& path);
     bool saveTo(const QString& path);
-    void reportLoadFailure(bool loaded, const std::string& error);
+    void load(const QString& path);
+    bool offerToStoreSnapshot();
 
     Session& session_;
     UserDialogs& dialogs_;

@@ -20,13 +20,11 @@ void openManual(UserDialogs& dialogs) {
         dialogs.information(kProduct, QStringLiteral("The manual (docs/manual.html) could not be opened."));
 }
 
-void visitWebSite(const QString& address, UserDialogs& dialogs) {
-    if (address.isEmpty()) {
-        dialogs.information(kProduct, QStringLiteral("No web site is set. Put its address under \"WebSite\" "
-                                                     "in the section \"Settings\" of Quillmer's settings."));
-        return;
-    }
-    QDesktopServices::openUrl(QUrl::fromUserInput(address));
+QString homePage() { return QStringLiteral(QUILLMER_HOMEPAGE); }
+
+void visitWebSite(UserDialogs& dialogs) {
+    if (!QDesktopServices::openUrl(QUrl(homePage())))
+        dialogs.information(kProduct, QStringLiteral("The web site ") + homePage() + QStringLiteral(" could not be opened."));
 }
 
 void showAbout(QWidget* parent) {

@@ -1,6 +1,6 @@
 #pragma once
-// What the Help menu opens: the local manual in the desktop's browser, the web site when one
-// is configured, and the About box.
+// What the Help menu opens: the local manual in the desktop's browser, the project's web
+// page (set when the program is built), and the About box.
 
 #include <QString>
 
@@ -11,8 +11,8 @@ namespace quillmer::gui {
 class UserDialogs;
 
 void openManual(UserDialogs& dialogs);
-// `address` comes from the setting "WebSite"; nothing to open when it is empty.
-void visitWebSite(const QString& address, UserDialogs& dialogs);
+QString homePage();
+void visitWebSite(UserDialogs& dialogs);
 void showAbout(QWidget* parent);
 
 }  // namespace quillmer::gui

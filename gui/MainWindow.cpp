@@ -32,6 +32,9 @@ namespace {
 constexpr int kRefreshMs = 16;          // panels at about 60 Hz
 constexpr int kStripRefreshEvery = 2;   // the strip at about 30 Hz
 const QString kProduct = QStringLiteral("Quillmer");
+constexpr Qt::Key kTransportKey = Qt::Key_F5;
+
+bool isTransportKey(int key) { return key == kTransportKey || key == Qt::Key_MediaTogglePlayPause; }
 
 QString qmpPath(const QUrl& url) {
     if (!url.isLocalFile()) return {};
@@ -55,7 +58,7 @@ MainWindow::MainWindow(Session& session, UserDialogs& dialogs, ProgramSettings& 
     strip_ = new StripBar(session_, central);
     workspace_ = new Workspace(central);
     workspace_->setBackColor(settings_.backColor);
-    column->addWidget(strip_);
+    column->addWidget(stripRow(central));
     column->addWidget(workspace_, 1);
     setCentralWidget(central);
     panels_ = std::make_unique<PanelBoard>(session_, dialogs_, *workspace_, this);
@@ -82,6 +85,7 @@ MainWindow::MainWindow(Session& session, UserDialogs& dialogs, ProgramSettings& 
     connect(&refreshTimer_, &QTimer::timeout, this, &MainWindow::refreshOnTimer);
     refreshTimer_.start(kRefreshMs);
     resize(settings_.mainSize);
+    fitToScreen();
     refresh();
 }
 
@@ -122,11 +126,15 @@ void MainWindow::buildMenus() {
         QAction* a = fileMenu_->addAction(QString());
         a->setObjectName(QStringLiteral("mnuFileMRU%1").arg(i));
         connect(a, &QAction::triggered, this, [this, i] {
-            if (i < static_cast<size_t>(recent_.paths().size())) files_->openChosenFile(recent_.paths()[static_cast<qsizetype>(i)]);
+            // A copy: opening the file moves it to the top of the very list it is read from.
+            const QString path = recent_.paths().value(static_cast<qsizetype>(i));
+            if (!path.isEmpty()) files_->openChosenFile(path);
         });
         recentActions_[i] = a;
     }
     rebuildRecentMenu();
+    buildEditMenu();
+    buildViewMenu();
 
     modulesMenu_ = new ModulesMenu(session_.engine.registry(), this);
     menuBar()->addMenu(modulesMenu_);
@@ -145,7 +153,7 @@ void MainWindow::buildMenus() {
 
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     add(help, "mnuHelpContents", "&Quillmer Help...", [this] { openManual(dialogs_); }, QKeySequence::HelpContents);
-    add(help, "mnuHelpWeb", "&Visit Web Site...", [this] { visitWebSite(settings_.webSite, dialogs_); });
+    add(help, "mnuHelpWeb", "&Visit Web Site...", [this] { visitWebSite(dialogs_); });
     add(help, "mnuHelpAbout", "&About Quillmer...", [this] { showAbout(this); });
 }
 
@@ -172,7 +180,10 @@ void MainWindow::buildToolbar() {
     bar->addSeparator();
     connect(add("MISC06", ToolIcon::MidiMute, "MIDI Mute: All Notes Off while held", true), &QAction::toggled, this,
             &MainWindow::setMidiMute);
-    connect(add("Forward", ToolIcon::Run, "Run / Stop", true), &QAction::toggled, this, &MainWindow::setRun);
+    QAction* run = add("Forward", ToolIcon::Run, "Run / Stop (F5)", true);
+    // Keys a patch can read all go to the bus; the transport's are kept from it.
+    run->setShortcuts({QKeySequence(kTransportKey), QKeySequence(Qt::Key_MediaTogglePlayPause)});
+    connect(run, &QAction::toggled, this, &MainWindow::setRun);
 }
 
 QAction* MainWindow::action(const QString& key) const { return findChild<QAction*>(key); }
@@ -196,6 +207,7 @@ void MainWindow::wireEngineEvents() {
     session_.engine.ports.onError = [this, later](const PortError& e) {
         later([this, e] {
             options_.reload();
+            if (!e.input) options_.showPortProblem(QString::fromStdString(e.text));
             if (e.showOptions)
                 options_.showOptions();
             else
@@ -229,6 +241,7 @@ void MainWindow::refreshStrip() {
     strip_->showState(state);
     workspace_->showPage(state.page);
     if (windowTitle() != caption) setWindowTitle(caption);
+    updateEditActions();
     QAction* run = action(QStringLiteral("Forward"));
     if (run->isChecked() != running) {
         const QSignalBlocker blocker(run);
@@ -268,6 +281,7 @@ void MainWindow::setComposer(bool on) {
 
 void MainWindow::refreshPanels() {
     panels_->refresh();
+    refreshConnections();
     if (map_->isVisible()) map_->showModules(panels_->placed(), panels_->shownPage());
 }
 
@@ -278,24 +292,7 @@ void MainWindow::openModuleMap() {
     map_->raise();
 }
 
-void MainWindow::placeModule(ModuleTypeId type) {
-    const QSize size = panelSizeTwips(session_.engine.registry(), type);
-    QString refused;
-    {
-        auto held = session_.engine.lock();
-        Engine& e = session_.engine;
-        const auto [top, left] = freeSpot(readPlacedModules(e), e.CurrentPage(), e.frameWidth, size);
-        e.placeAtCursor(top, left);
-        try {
-            e.New(type);
-        } catch (const PlacementError& error) {
-            refused = QString::fromStdString(error.what());
-        }
-        if (refused.isEmpty()) session_.SetModified(true);
-    }
-    if (!refused.isEmpty()) dialogs_.critical(QStringLiteral("Quillmer"), refused);
-    refresh();
-}
+void MainWindow::placeModule(ModuleTypeId type) { placeModuleAt(type, std::nullopt); }
 
 void MainWindow::setRun(bool run) {
     auto held = session_.engine.lock();
@@ -319,10 +316,7 @@ void MainWindow::storeSnapshot(bool asNew) {
     {
         auto held = session_.engine.lock();
         session_.composer.offTempIf();
-        if (asNew)
-            session_.snapshots.StoreNewPatch();
-        else
-            session_.snapshots.StoreCurrentPatch();
+        quillmer::storeSnapshot(session_, asNew);
         session_.composer.onIf();
     }
     refresh();
@@ -364,8 +358,8 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     const auto type = event->type();
     if (type == QEvent::KeyPress || type == QEvent::KeyRelease) {
         auto* widget = qobject_cast<QWidget*>(watched);
-        if (widget && widget->window() == this) {
-            const auto* key = static_cast<QKeyEvent*>(event);
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (widget && widget->window() == this && !isTransportKey(key->key())) {
             // An event a child ignores goes on to its parents: count it once.
             const KeySeen seen{type, key->key(), key->timestamp()};
             if (seen == lastKey_) return QMainWindow::eventFilter(watched, event);
@@ -401,6 +395,7 @@ void MainWindow::storeGeometry() {
 void MainWindow::restoreGeometryFromSettings() {
     resize(settings_.mainSize);
     if (settings_.mainPos) move(*settings_.mainPos);
+    fitToScreen();
     if (settings_.mainState == WindowState::Maximised) setWindowState(windowState() | Qt::WindowMaximized);
 }
 

@@ -10,6 +10,7 @@
 #include <QUrl>
 #include <array>
 #include <memory>
+#include <optional>
 
 #include "engine/Catalogue.h"
 
@@ -23,7 +24,9 @@ class Session;
 namespace quillmer::gui {
 
 class ComposerWindow;
+class ConnectionView;
 class FileCommands;
+class ModulePalette;
 class ModulesMenu;
 class OptionsWindow;
 class ModuleMap;
@@ -68,6 +71,22 @@ public:
     // The recent files into the File menu.
     void rebuildRecentMenu();
 
+    // --- editing (MainWindowEdit.cpp) ---
+    // Undo and redo of the last patch edit; the Edit menu's entries follow.
+    void undoEdit();
+    void redoEdit();
+    ModulePalette& palette() { return *palette_; }
+    // Places a module of `type` under the mouse pointer when it is over the shown page, else
+    // where there is room.
+    void placeModuleAtCursor(ModuleTypeId type);
+    // The first window fits into the screen's free area, however large the settings say.
+    void fitToScreen();
+
+    // --- the View menu (MainWindowView.cpp) ---
+    ConnectionView& connections() { return *connections_; }
+    // The connection lines follow the panels and the pointer.
+    void refreshConnections();
+
 signals:
     // The close was accepted and the last tick has run: the program goes on with its exit.
     void closed();
@@ -80,6 +99,11 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    void buildEditMenu();
+    void buildViewMenu();
+    QWidget* stripRow(QWidget* parent);
+    void updateEditActions();
+    void placeModuleAt(ModuleTypeId type, std::optional<QPoint> pixel);
     void buildMenus();
     void buildToolbar();
     void wireEngineEvents();
@@ -103,6 +127,10 @@ private:
     std::unique_ptr<PanelBoard> panels_;
     ModuleMap* map_ = nullptr;
     ComposerWindow* composer_ = nullptr;
+    ModulePalette* palette_ = nullptr;
+    ConnectionView* connections_ = nullptr;
+    QAction* undoAction_ = nullptr;
+    QAction* redoAction_ = nullptr;
     QMenu* fileMenu_ = nullptr;
     std::array<QAction*, 5> recentActions_{};
     QTimer refreshTimer_;

@@ -1,5 +1,6 @@
 #include "gui/ModuleMap.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QEvent>
 #include <QGridLayout>
@@ -18,8 +19,16 @@ namespace {
 const QString kTitle = QStringLiteral("Module Map");
 const QString kChooseTarget = QStringLiteral("Click on destination page to place");
 const char* const kCompass[] = {"North", "East", "South", "West"};
-const QColor kOnShow(255, 255, 224);
-const QColor kOther(255, 255, 255);
+// The lists take their colours from the look: the shown page's list a shade towards the
+// highlight, the others the ordinary field colour.
+QColor otherPageColor() { return QApplication::palette().color(QPalette::Base); }
+QColor shownPageColor() {
+    const QColor base = otherPageColor(), mark = QApplication::palette().color(QPalette::Highlight);
+    return QColor((base.red() * 3 + mark.red()) / 4, (base.green() * 3 + mark.green()) / 4, (base.blue() * 3 + mark.blue()) / 4);
+}
+QColor disabledColor() {
+    return QApplication::palette().color(QPalette::Base).lightness() < 128 ? QColor(240, 110, 100) : QColor(160, 40, 40);
+}
 // Window sizes in twips: tall or short, wide or narrow.
 constexpr int kTallHeight = 8880;
 constexpr int kShortHeight = 6060;
@@ -57,8 +66,7 @@ ModuleMap::ModuleMap(Session& session, UserDialogs& dialogs, QWidget* parent)
         small.setPixelSize(11);
         list->setFont(small);
         QPalette colours = list->palette();
-        colours.setColor(QPalette::Text, Qt::black);
-        colours.setColor(QPalette::Base, kOther);
+        colours.setColor(QPalette::Base, otherPageColor());
         list->setPalette(colours);
         list->viewport()->installEventFilter(this);
         connect(list, &QListWidget::itemClicked, this, [this, page](QListWidgetItem* item) { lineClicked(page, item); });
@@ -126,7 +134,7 @@ void ModuleMap::rebuild() {
     for (const PlacedModule& m : shown_) {
         if (m.page < 0 || m.page >= kPageCount) continue;
         auto* item = new QListWidgetItem(m.name, lists_[static_cast<size_t>(m.page)]);
-        if (!m.enabled) item->setForeground(QColor(160, 40, 40));
+        if (!m.enabled) item->setForeground(disabledColor());
         if (held_.contains(m.name)) item->setSelected(true);
     }
 }
@@ -136,7 +144,7 @@ void ModuleMap::highlight(int page) {
     for (int p = 0; p < kPageCount; ++p) {
         QListWidget* list = lists_[static_cast<size_t>(p)];
         QPalette colours = list->palette();
-        const QColor wanted = p == page ? kOnShow : kOther;
+        const QColor wanted = p == page ? shownPageColor() : otherPageColor();
         if (colours.color(QPalette::Base) == wanted) continue;
         colours.setColor(QPalette::Base, wanted);
         list->setPalette(colours);

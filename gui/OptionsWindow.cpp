@@ -1,6 +1,7 @@
 #include "gui/OptionsWindow.h"
 
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -18,6 +19,13 @@ OptionsWindow::OptionsWindow(Session& session, ProgramSettings& settings, UserDi
     setModal(false);
 
     auto* column = new QVBoxLayout(this);
+    problem_ = new QLabel(this);
+    problem_->setObjectName(QStringLiteral("lblPortProblem"));
+    problem_->setWordWrap(true);
+    problem_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    problem_->setStyleSheet(QStringLiteral("QLabel { border: 1px solid #c0392b; padding: 6px; }"));
+    problem_->hide();
+    column->addWidget(problem_);
     auto* tabs = new QTabWidget(this);
     ports_ = new PortsPanel(session.engine, tabs);
     program_ = new ProgramOptionsPanel(session, settings, dialogs, tabs);
@@ -44,6 +52,29 @@ OptionsWindow::OptionsWindow(Session& session, ProgramSettings& settings, UserDi
 void OptionsWindow::reload() {
     ports_->reload();
     program_->reload();
+}
+
+namespace {
+// What a user can do about an output that didn't open.
+QString remedyFor(const QString& text) {
+    if (text.contains(QStringLiteral("no sound output")))
+        return QStringLiteral("Start a sound server (PipeWire, PulseAudio or JACK) or plug in a sound card, then choose "
+                              "the built-in synth again below; or choose another MIDI output.");
+    if (text.contains(QStringLiteral("SoundFont"), Qt::CaseInsensitive) || text.contains(QStringLiteral(".sf2")))
+        return QStringLiteral("Install a General MIDI SoundFont (the package timgm6mb-soundfont or fluid-soundfont-gm), "
+                              "then choose the built-in synth again below.");
+    return QStringLiteral("Choose another device below, or connect the device and press Rescan Devices.");
+}
+}  // namespace
+
+void OptionsWindow::showPortProblem(const QString& text) {
+    if (text.isEmpty()) {
+        problem_->clear();
+        problem_->hide();
+        return;
+    }
+    problem_->setText(QStringLiteral("No MIDI output could be opened: ") + text + QStringLiteral("\n") + remedyFor(text));
+    problem_->show();
 }
 
 void OptionsWindow::showOptions() {

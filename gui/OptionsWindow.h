@@ -4,6 +4,8 @@
 
 #include <QDialog>
 
+class QLabel;
+
 namespace quillmer {
 class Session;
 }
@@ -23,6 +25,10 @@ public:
     // Shows it with the engine's present state, device lists read again.
     void showOptions();
     void reload();
+    // A device that could not be opened, with what to do about it, above the tabs until it
+    // is shown again with an empty text.
+    void showPortProblem(const QString& text);
+    QLabel* portProblem() const { return problem_; }
 
     PortsPanel* ports() const { return ports_; }
     ProgramOptionsPanel* program() const { return program_; }
@@ -33,6 +39,7 @@ signals:
 private:
     PortsPanel* ports_;
     ProgramOptionsPanel* program_;
+    QLabel* problem_;
 };
 
 }  // namespace quillmer::gui

@@ -15,6 +15,7 @@
 #include "modules/midi/MfxFile.h"
 #include "modules/midi/MidiInputs.h"
 #include "modules/midi/NoteOutputs.h"
+#include "shell/EditCommands.h"
 #include "shell/Session.h"
 
 namespace quillmer::gui {
@@ -83,7 +84,8 @@ PanelBoard::PanelBoard(Session& session, UserDialogs& dialogs, Workspace& worksp
             auto held = session_.engine.lock();
             Module* m = live(session_.engine, pending_.module, pending_.type, pending_.index);
             if (!m) return;
-            panelSpec(m->type()).controls.at(static_cast<size_t>(pending_.control)).edit(*m, session_.engine, g);
+            const Editor& edit = panelSpec(m->type()).controls.at(static_cast<size_t>(pending_.control)).edit;
+            session_.history.apply(EditKind::Setting, "Channel of " + m->Name, {}, [&] { edit(*m, session_.engine, g); });
         }
         refresh();
     });
@@ -293,7 +295,7 @@ void PanelBoard::inputChosen(int position, const QString& name) {
             position = e.names.sortedPosition(chosen);
             if (position < 0) return;
         }
-        e.connectInput(*m, pending_.input, static_cast<uint16_t>(position));
+        quillmer::connectInput(session_, *m, pending_.input, static_cast<uint16_t>(position));
     }
     refresh();
 }
@@ -326,7 +328,11 @@ void PanelBoard::statusDecided(const StatusChoice& choice) {
         auto held = session_.engine.lock();
         Module* m = live(session_.engine, pending_.module, pending_.type, pending_.index);
         if (!m) return;
-        session_.engine.applyStatus(*m, choice);
+        if (choice.remove)
+            deleteModule(session_, *m);
+        else
+            session_.history.apply(EditKind::Setting, "Status of " + m->Name, {},
+                                   [&] { session_.engine.applyStatus(*m, choice); });
     }
     refresh();
 }
@@ -337,9 +343,18 @@ void PanelBoard::forward(PanelFrame* frame, int control, const Gesture& g) {
     {
         auto held = session_.engine.lock();
         Module* m = live(session_.engine, *slot);
-        const Editor& edit = panelSpec(slot->type).controls.at(static_cast<size_t>(control)).edit;
+        const ControlSpec& c = panelSpec(slot->type).controls.at(static_cast<size_t>(control));
+        const Editor& edit = c.edit;
         if (!m || !edit) return;
-        edit(*m, session_.engine, g);
+        // Keys typed into one box and the notches of one wheel or drag are one step; a click
+        // is a step of its own.
+        const bool stages = c.kind == ControlKind::StageRow;
+        std::string gesture;
+        if (g.kind != Gesture::Kind::Click)
+            gesture = m->Name + '/' + std::to_string(control) + '/' + std::to_string(g.item);
+        session_.history.apply(stages ? EditKind::StageValue : EditKind::Setting,
+                               (stages ? "Stage of " : "Setting of ") + m->Name, gesture,
+                               [&] { edit(*m, session_.engine, g); });
     }
     refresh();
 }
@@ -409,8 +424,7 @@ void PanelBoard::dragEnded(PanelFrame* frame, QPoint topLeft) {
     Module* m = live(session_.engine, *slot);
     if (!m) return;
     // The next update snaps it under auto-align and moves it to a neighbour page past an edge.
-    m->Top = topLeft.y() * kTwipsPerPixel;
-    m->Left = topLeft.x() * kTwipsPerPixel;
+    moveModule(session_, *m, m->Page, topLeft.y() * kTwipsPerPixel, topLeft.x() * kTwipsPerPixel);
     slot->top = m->Top;
     slot->left = m->Left;
 }
@@ -423,8 +437,7 @@ void PanelBoard::createAtCursor(int page, QPoint pixel) {
         if (page != e.CurrentPage()) return;
         e.placeAtCursor(pixel.y() * kTwipsPerPixel, pixel.x() * kTwipsPerPixel);
         try {
-            e.NewLastModule();
-            session_.SetModified(true);
+            session_.history.apply(EditKind::Place, "Place", {}, [&] { e.NewLastModule(); });
         } catch (const PlacementError& error) {
             refused = QString::fromStdString(error.what());
         }

@@ -57,7 +57,6 @@ void ProgramSettings::read(QSettings& store, const QString& examplesDir, const Q
         appDir = programDir;
         store.setValue(QStringLiteral("AppDir"), appDir);
     }
-    webSite = store.value(QStringLiteral("WebSite")).toString();
     store.endGroup();
 }
 
@@ -92,7 +91,6 @@ void ProgramSettings::readPorts(QSettings& store) {
         outputPorts[p] = store.value(QString::fromStdString(outputPortKey(port)), firstChoice).toString();
         inputPorts[p] = store.value(QString::fromStdString(inputPortKey(port)), kNoDevice).toString();
     }
-    webSite = store.value(QStringLiteral("WebSite")).toString();
     store.endGroup();
 }
 

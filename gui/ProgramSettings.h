@@ -38,7 +38,6 @@ struct ProgramSettings {
     int midiFlags = 0;
     int ufSeed = 0;
     QString appDir;
-    QString webSite;  // "WebSite": where Help's "Visit Web Site" goes; read only
     std::array<QString, kPortCount> outputPorts;
     std::array<QString, kPortCount> inputPorts;
 

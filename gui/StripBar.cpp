@@ -12,6 +12,7 @@
 
 #include "engine/Placement.h"
 #include "gui/CpuMeter.h"
+#include "gui/Editing.h"
 #include "gui/Lamp.h"
 #include "shell/Session.h"
 
@@ -58,6 +59,7 @@ StripState StripState::read(Session& session) {
     const auto& names = session.snapshots.SnapshotNames;
     s.snapshotNames.assign(names.begin(), names.begin() + std::clamp<int>(e.SnapshotCount, 0, kSnapshotCount));
     s.comboText = session.snapshots.comboText;
+    s.snapshotEdited = session.snapshots.liveEdited && e.SnapshotCount > 0;
     return s;
 }
 
@@ -88,7 +90,14 @@ QWidget* StripBar::makeSnapshotControls() {
     snapshotSpin_->setObjectName(QStringLiteral("UpDownPatch"));
     snapshotSpin_->setToolTip(QStringLiteral("Next/Previous Snapshot"));
     snapshotSpin_->setRange(0, 0);
+    editedMark_ = new QLabel(QStringLiteral("\u270E"), box);
+    editedMark_->setObjectName(QStringLiteral("lblSnapEdited"));
+    editedMark_->setToolTip(QStringLiteral("Settings changed since this snapshot was stored or recalled: "
+                                           "Store Current Snapshot keeps them in it"));
+    editedMark_->setFixedWidth(editedMark_->fontMetrics().horizontalAdvance(QStringLiteral("\u270E")) + 4);
+    editedMark_->setEnabled(false);
     row->addWidget(snapshotBox_);
+    row->addWidget(editedMark_);
     row->addWidget(snapshotSpin_);
 
     // The typed text names the next stored snapshot.
@@ -121,6 +130,16 @@ QWidget* StripBar::makeTempoControls() {
     row->addWidget(tempoSlider_, 1);
     row->addWidget(tempoSpin_);
     connect(tempoSlider_, &QSlider::valueChanged, this, &StripBar::setTempo);
+    // A drag of the slider is one undo step; the next change starts another.
+    const auto seal = [this] {
+        auto held = session_.engine.lock();
+        session_.history.seal();
+    };
+    connect(tempoSlider_, &QSlider::sliderReleased, this, seal);
+    connect(tempoSpin_, &QSpinBox::editingFinished, this, [this, seal] {
+        if (auto* line = tempoSpin_->findChild<QLineEdit*>()) line->setModified(false);
+        seal();
+    });
     connect(tempoSpin_, &QSpinBox::valueChanged, this, &StripBar::setTempo);
     return box;
 }
@@ -201,7 +220,8 @@ QWidget* StripBar::makeLamps() {
 void StripBar::setTempo(int value) {
     {
         auto held = session_.engine.lock();
-        session_.engine.SetNewTempo(value);
+        if (session_.engine.Tempo() == value) return;
+        quillmer::setTempo(session_, value);
     }
     emit edited();
 }
@@ -235,9 +255,11 @@ void StripBar::showState(const StripState& s) {
     {
         const QSignalBlocker a(tempoSlider_), b(tempoSpin_);
         tempoSlider_->setMaximum(s.maxTempo);
-        tempoSpin_->setMaximum(s.maxTempo);
-        tempoSlider_->setValue(s.tempo);
-        tempoSpin_->setValue(s.tempo);
+        if (!tempoSlider_->isSliderDown()) tempoSlider_->setValue(s.tempo);
+        if (!beingEdited(tempoSpin_)) {
+            tempoSpin_->setMaximum(s.maxTempo);
+            tempoSpin_->setValue(s.tempo);
+        }
     }
     {
         const QSignalBlocker a(pageGroup_);
@@ -250,19 +272,24 @@ void StripBar::showState(const StripState& s) {
     }
     {
         const QSignalBlocker a(snapshotBox_), b(snapshotSpin_);
-        if (s.snapshotNames != shownNames_) {
+        const bool typing = beingEdited(snapshotBox_);
+        if (s.snapshotNames != shownNames_ && !typing) {
             snapshotBox_->clear();
             for (const std::string& name : s.snapshotNames) snapshotBox_->addItem(QString::fromStdString(name));
             shownNames_ = s.snapshotNames;
             shownComboText_.clear();
         }
         snapshotSpin_->setMaximum(std::max<int>(0, static_cast<int>(s.snapshotNames.size()) - 1));
-        snapshotSpin_->setValue(s.currentSnapshot);
-        if (s.comboText != shownComboText_) {
+        if (!beingEdited(snapshotSpin_)) snapshotSpin_->setValue(s.currentSnapshot);
+        if (s.comboText != shownComboText_ && !typing) {
             snapshotBox_->setEditText(QString::fromStdString(s.comboText));
             shownComboText_ = s.comboText;
         }
     }
+    // The mark keeps its place so the strip doesn't shift: shown lit or dimmed.
+    if (editedMark_->isEnabled() != s.snapshotEdited) editedMark_->setEnabled(s.snapshotEdited);
+    const QString markText = s.snapshotEdited ? QStringLiteral("\u270E") : QString();
+    if (editedMark_->text() != markText) editedMark_->setText(markText);
     beatLamp_->setOn(s.lamps.tick);
     timingLamp_->setOn(s.lamps.timingError);
     midiInLamp_->setOn(s.lamps.midiIn);

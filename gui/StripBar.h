@@ -10,6 +10,7 @@
 #include "engine/Engine.h"
 
 class QAbstractButton;
+class QLabel;
 class QButtonGroup;
 class QComboBox;
 class QSlider;
@@ -36,6 +37,7 @@ struct StripState {
     int currentSnapshot = 0;
     std::vector<std::string> snapshotNames;  // the slots in use
     std::string comboText;
+    bool snapshotEdited = false;  // the live settings differ from the current snapshot
 
     static StripState read(Session& session);  // lock held
 };
@@ -56,6 +58,7 @@ public:
     QToolButton* groupButton() const { return groupButton_; }
     QToolButton* flipButton() const { return flipButton_; }
     Lamp* saveLight() const { return saveLight_; }
+    QLabel* snapshotEditedMark() const { return editedMark_; }
 
 signals:
     // The strip changed something the rest of the window shows (a page, a snapshot).
@@ -74,6 +77,7 @@ private:
     Session& session_;
     QComboBox* snapshotBox_ = nullptr;
     QSpinBox* snapshotSpin_ = nullptr;
+    QLabel* editedMark_ = nullptr;
     QSlider* tempoSlider_ = nullptr;
     QSpinBox* tempoSpin_ = nullptr;
     std::array<QToolButton*, 4> pageButtons_{};

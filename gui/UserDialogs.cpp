@@ -1,7 +1,9 @@
 #include "gui/UserDialogs.h"
 
 #include <QFileDialog>
+#include <QGuiApplication>
 #include <QMessageBox>
+#include <QScreen>
 
 namespace quillmer::gui {
 
@@ -32,12 +34,29 @@ void QtUserDialogs::information(const QString& title, const QString& text) {
     QMessageBox::information(parent_, title, text);
 }
 
+namespace {
+// Qt's own file dialog at a size that shows names and folders side by side, within the
+// screen the program is on.
+QString askFile(QWidget* parent, const QString& title, const QString& folder, const QString& filter, bool save) {
+    QFileDialog dialog(parent, title, folder, filter);
+    dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    dialog.setOption(QFileDialog::DontUseNativeDialog, true);
+    QSize size(dialog.fontMetrics().horizontalAdvance(QLatin1Char('M')) * 70, dialog.fontMetrics().height() * 30);
+    if (const QScreen* screen = parent ? parent->screen() : QGuiApplication::primaryScreen())
+        size = size.boundedTo(screen->availableGeometry().size() * 9 / 10);
+    dialog.resize(size.expandedTo(dialog.minimumSizeHint()));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
+    return dialog.selectedFiles().first();
+}
+}  // namespace
+
 QString QtUserDialogs::openFileName(const QString& title, const QString& folder, const QString& filter) {
-    return QFileDialog::getOpenFileName(parent_, title, folder, filter);
+    return askFile(parent_, title, folder, filter, false);
 }
 
 QString QtUserDialogs::saveFileName(const QString& title, const QString& folder, const QString& filter) {
-    QString path = QFileDialog::getSaveFileName(parent_, title, folder, filter);
+    QString path = askFile(parent_, title, folder, filter, true);
     // The dialog leaves the extension to the user; a patch always gets ours.
     if (!path.isEmpty() && !path.endsWith(QStringLiteral(".qmp"), Qt::CaseInsensitive)) path += QStringLiteral(".qmp");
     return path;

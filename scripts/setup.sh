@@ -14,8 +14,10 @@ packages=(
   libcli11-dev
   jackd2
   xvfb xauth
+  desktop-file-utils
   clang-14 libclang-rt-14-dev llvm-14
 )
+# desktop-file-utils: desktop-file-validate for the installation test.
 # clang-14 with libclang-rt-14-dev: libFuzzer and clang's sanitizer runtimes for the fuzz
 # targets (scripts/fuzz.sh); llvm-14: llvm-symbolizer for readable reports. GCC's own
 # ASan, UBSan and TSan runtimes come with build-essential.

@@ -132,6 +132,44 @@ bool readModuleFileBytes(const std::string& path, std::vector<uint8_t>& bytes, s
     return file.read(static_cast<size_t>(std::min<uint64_t>(largest, SIZE_MAX)), bytes, reason);
 }
 
+bool checkModuleBytes(const std::vector<uint8_t>& bytes, std::string& reason) {
+    if (bytes.size() < kHeaderSize) {
+        reason = "the file is shorter than a module file's header";
+        return false;
+    }
+    const FileHeader header = FileHeader::read(bytes.data());
+    if (header.magic != kFileMagic || header.version > kFormatVersion) {
+        reason = "it is not a module file of a version this program reads";
+        return false;
+    }
+    ByteReader in(bytes.data() + kHeaderSize, bytes.size() - kHeaderSize);
+    for (const FileSlot& slot : fileOrder()) {
+        const int16_t count = header.typeCounts[static_cast<size_t>(slot.k)];
+        if (count == 0) continue;
+        const std::string type = slot.retired() ? "a retired type" : "type " + std::string(slot.type);
+        if (count < 0) {
+            reason = "the count of " + type + " is negative (" + std::to_string(count) + ")";
+            return false;
+        }
+        const std::vector<LayoutToken> layout = parseLayout(slot.layout);
+        for (int16_t i = 0; i < count; ++i) {
+            const size_t start = kHeaderSize + in.position();
+            try {
+                skipRecord(in, layout);
+            } catch (const RecordFormatError& e) {
+                const std::string which = "record " + std::to_string(i + 1) + " of " + std::to_string(count) + " of " + type;
+                if (std::string_view(e.what()) == "record ends early")
+                    reason = "the file is truncated at byte " + std::to_string(bytes.size()) + ", inside " + which +
+                             " (which starts at byte " + std::to_string(start) + ")";
+                else
+                    reason = which + " at byte " + std::to_string(start) + " does not parse: " + e.what();
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
 namespace {
 
 // Appends what an existing, longer file holds past the end of `bytes`; only that is read.
@@ -269,13 +307,6 @@ bool Session::ModuleFileBytes(std::vector<uint8_t>& bytes, const std::string& pa
     snapshots.doPatchAuto();
 
     FileHeader header = kept;
-    header.magic = kFileMagic;
-    header.version = kFormatVersion;
-    header.currentSnapshot = engine.CurrentSnapshot;
-    header.snapshotCount = engine.SnapshotCount;
-    for (size_t i = 0; i < header.snapshotNames.size(); ++i) header.snapshotNames[i] = snapshots.SnapshotNames[i];
-    header.tempo = static_cast<int16_t>(engine.Tempo());
-    header.currentPage = static_cast<int16_t>(engine.CurrentPage());
     header.modifierName = transformName(userName.substr(0, 32));
     header.authorName = author.empty() ? header.modifierName : transformName(trimmed(author.substr(0, 32)));
     modifier = userName;
@@ -284,6 +315,17 @@ bool Session::ModuleFileBytes(std::vector<uint8_t>& bytes, const std::string& pa
     header.versionMinor = ProgramVersion::minor;
     header.versionRevision = ProgramVersion::revision;
     fileVersion = header.versionNumber();
+    return encodePatch(header, bytes, path, error);
+}
+
+bool Session::encodePatch(FileHeader header, std::vector<uint8_t>& bytes, const std::string& path, std::string& error) {
+    header.magic = kFileMagic;
+    header.version = kFormatVersion;
+    header.currentSnapshot = engine.CurrentSnapshot;
+    header.snapshotCount = engine.SnapshotCount;
+    for (size_t i = 0; i < header.snapshotNames.size(); ++i) header.snapshotNames[i] = snapshots.SnapshotNames[i];
+    header.tempo = static_cast<int16_t>(engine.Tempo());
+    header.currentPage = static_cast<int16_t>(engine.CurrentPage());
     header.lockModules = engine.options.lockModules ? 1 : 0;
     header.runState = engine.bus[sysbus::Run];
     for (int i = 0; i < kSliderCount; ++i)

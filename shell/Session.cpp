@@ -73,17 +73,51 @@ void Session::newPatch() {
     modifier.clear();
     engine.options.lockModules = false;
     LoadAuxFiles({});
+    history.clear();
+    snapshots.liveEdited = false;
     SetModified(false);
 }
 
 bool Session::OpenFile(const std::string& path, std::string& error) {
-    SetModified(false);
+    std::vector<uint8_t> bytes;
+    loadProblem.clear();
+    const auto refuse = [&](const char* message) {
+        error = message + path;
+        if (!engine.timersRunning()) engine.StartTimers();
+        return false;
+    };
+    if (!readModuleFileBytes(path, bytes, loadProblem)) return refuse("Unable to Load: ");
+    if (!checkModuleBytes(bytes, loadProblem)) {
+        const FileHeader header = FileHeader::read(bytes.data());
+        const bool foreign = header.magic != kFileMagic || header.version > kFormatVersion;
+        return refuse(foreign ? "Incompatible File: " : "Unable to Load: ");
+    }
+    // A record can still refuse its fields: then the patch that was open comes back.
+    const PatchState was = capturePatch(*this);
+    const bool wasChanged = ChangedMark;
     composer.offTempIf();
-    engine.StopTimers();
+    if (engine.timersRunning()) engine.StopTimers();
     RemoveAllModules();
-    CurrentFileName = path;
-    const bool loaded = LoadModuleFile(path, error);
-    LoadAuxFiles(loaded ? path : std::string());
+    bool loaded = false;
+    try {
+        loaded = LoadModuleBytes(bytes, path, error);
+    } catch (const std::exception& e) {
+        error = "Unable to Load: " + path;
+        loadProblem = e.what();
+    }
+    if (loaded) {
+        CurrentFileName = path;
+        LoadAuxFiles(path);
+        history.clear();
+        snapshots.liveEdited = false;
+        SetModified(false);
+    } else {
+        const std::string problem = loadProblem;
+        std::string ignored;
+        restorePatch(*this, was, ignored);
+        loadProblem = problem;
+        SetModified(wasChanged);
+    }
     engine.StartTimers();
     composer.onIf();
     return loaded;
@@ -112,8 +146,9 @@ void Session::LoadAuxFiles(const std::string& patchPath) {
 }
 
 std::string Session::caption() const {
-    if (CurrentFileName.empty()) return kProduct;
-    return BuildAuthorCaption(author, modifier, fileVersion) + baseName(CurrentFileName) + "  " + kProduct;
+    const std::string changed = ChangedMark ? "*" : "";
+    if (CurrentFileName.empty()) return changed + kProduct;
+    return changed + baseName(CurrentFileName) + BuildAuthorCaption(author, modifier, fileVersion) + "  " + kProduct;
 }
 
 void Session::requestChainLoad(const std::string& file) {

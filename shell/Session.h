@@ -11,6 +11,7 @@
 #include "engine/Engine.h"
 #include "engine/EngineSeams.h"
 #include "shell/Composer.h"
+#include "shell/EditCommands.h"
 #include "shell/FileHeader.h"
 #include "shell/Snapshots.h"
 #include "shell/VoiceNames.h"
@@ -28,6 +29,9 @@ struct ProgramVersion {
 // Reads a module file (.qmp): only a regular file, its header and no more of the rest than
 // the header's counts can need (every counted record at its longest). False with `reason`.
 bool readModuleFileBytes(const std::string& path, std::vector<uint8_t>& bytes, std::string& reason);
+// Passes over every record the header counts without loading any: false with `reason` (where
+// the file ends early, which record of which type does not parse).
+bool checkModuleBytes(const std::vector<uint8_t>& bytes, std::string& reason);
 
 class Session : public EngineSeams {
 public:
@@ -72,10 +76,14 @@ public:
     bool SaveModuleFile(const std::string& path, std::string& error);
     // The bytes a save writes (without an old tail), or false with `error` naming `path`.
     bool ModuleFileBytes(std::vector<uint8_t>& bytes, const std::string& path, std::string& error);
+    // The bytes of the patch as it stands, with `header` giving the names and version words.
+    bool encodePatch(FileHeader header, std::vector<uint8_t>& bytes, const std::string& path, std::string& error);
     // Everything that belongs to a patch goes; tempo and options stay.
     void RemoveAllModules();
     // File New, OpenFile: with the timers stopped and started around them.
     void newPatch();
+    // The whole file is read and checked before the open patch is touched: on failure the
+    // patch, its name and its saved state stay as they were, and `loadProblem` says why.
     bool OpenFile(const std::string& path, std::string& error);
     // Side files with the patch's base name load with it ("song.pbt" beside "song.qmp");
     // where the last patch had one and this one hasn't, the default comes back. An empty
@@ -83,8 +91,12 @@ public:
     void LoadAuxFiles(const std::string& patchPath);
     bool usesOwnToneTables() const { return ownToneTables_; }
 
-    // Title bar text: author caption, file name, two blanks, the product.
+    // Title bar text: "*" while changed, the file name, the author caption, two blanks, the
+    // product.
     std::string caption() const;
+
+    // Undo and redo of the patch edits.
+    EditHistory history{*this};
 
     // --- Chain ---
     std::string ChainFile;

@@ -22,6 +22,7 @@ std::string Snapshots::buildName(const std::string& typed, int slot, bool keepAu
 
 void Snapshots::SetNewPatch() {
     if (engine_.SnapshotCount == 0) return;
+    liveEdited = false;
     engine_.bus[sysbus::Page] = static_cast<uint8_t>(engine_.CurrentSnapshot);
     engine_.RecallAllPatches();
     comboText = SnapshotNames[static_cast<size_t>(engine_.CurrentSnapshot)];
@@ -40,6 +41,7 @@ bool Snapshots::storeNew(bool keepAutoSave) {
     engine_.CurrentSnapshot = slot;
     engine_.SnapshotCount = static_cast<int16_t>(slot + 1);
     engine_.StoreAllPatches();
+    liveEdited = false;
     return true;
 }
 
@@ -53,6 +55,7 @@ void Snapshots::StoreCurrentPatch() {
     if (slot == 0) comboText = kAutoSave;
     comboText = SnapshotNames[static_cast<size_t>(slot)] = buildName(comboText, slot, slot == 0);
     engine_.StoreAllPatches();
+    liveEdited = false;
 }
 
 void Snapshots::doPatchAuto() {
@@ -75,6 +78,7 @@ void Snapshots::WipePatchList() {
     engine_.CurrentSnapshot = 0;
     SnapshotNames.fill(std::string());
     comboText = kAutoSave;
+    liveEdited = false;
     if (wiped) wiped();
 }
 

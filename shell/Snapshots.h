@@ -25,6 +25,8 @@ public:
 
     std::array<std::string, kSnapshotCount> SnapshotNames{};
     std::string comboText = kAutoSave;  // the text of the snapshot box
+    // The live settings were edited since the current snapshot was recalled or stored.
+    bool liveEdited = false;
 
     // Recall slot CurrentSnapshot; nothing while there are no snapshots.
     void SetNewPatch();

@@ -11,6 +11,7 @@
 int main(int argc, char** argv) {
     CLI::App app{"Quillmer, the modular MIDI step sequencer, without the windows", "quillmer-cli"};
     app.require_subcommand(1);
+    app.set_version_flag("--version", std::string("quillmer-cli ") + QUILLMER_VERSION);
     // One line for a mistake on the command line; --help still prints the whole help.
     app.failure_message(
         [](const CLI::App*, const CLI::Error& e) { return std::string("quillmer-cli: ") + e.what() + "\n"; });

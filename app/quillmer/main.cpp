@@ -1,11 +1,14 @@
 // quillmer [-m] [FILE.qmp]: the desktop program.
 //   -m                 start with no MIDI ports, whatever the settings say
 //   --screenshot DIR   save pictures of the windows into DIR and quit
+//   --help, --version  print and exit
 
 #include <QApplication>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <memory>
 
@@ -26,6 +29,41 @@ struct Arguments {
     QString screenshotDir;
     bool ok = true;
 };
+
+constexpr const char* kUsage =
+    "Usage: quillmer [-m] [FILE.qmp]\n"
+    "Quillmer, the modular MIDI step sequencer: the desktop program.\n"
+    "\n"
+    "  FILE.qmp           open this patch\n"
+    "  -m                 start with no MIDI ports, whatever the settings say\n"
+    "  --screenshot DIR   save pictures of the windows into DIR and quit\n"
+    "  -h, --help         print this help and exit\n"
+    "  --version          print the version and exit\n"
+    "\n"
+    "Without windows: quillmer-cli --help.\n";
+
+// --help and --version answer before anything needs a display.
+int earlyAnswer(int argc, char* argv[]) {
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0) {
+            std::fputs(kUsage, stdout);
+            return 0;
+        }
+        if (std::strcmp(argv[i], "--version") == 0) {
+            std::printf("quillmer %s\n", QUILLMER_VERSION);
+            return 0;
+        }
+    }
+    return -1;
+}
+
+bool hasDisplay() {
+    const auto set = [](const char* name) {
+        const char* value = std::getenv(name);
+        return value && *value;
+    };
+    return set("QT_QPA_PLATFORM") || set("DISPLAY") || set("WAYLAND_DISPLAY");
+}
 
 Arguments parse(const QStringList& args) {
     Arguments a;
@@ -64,6 +102,20 @@ public:
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    if (const int answered = earlyAnswer(argc, argv); answered >= 0) return answered;
+    QStringList given;
+    for (int i = 0; i < argc; ++i) given << QString::fromLocal8Bit(argv[i]);
+    const Arguments args = parse(given);
+    if (!args.ok) {
+        std::fprintf(stderr, "quillmer: unknown option or more than one file\n%s", kUsage);
+        return 2;
+    }
+    if (!hasDisplay()) {
+        std::fputs("quillmer: there is no display to open the windows on (neither DISPLAY nor WAYLAND_DISPLAY "
+                   "is set).\nRun it in a desktop session, or use quillmer-cli to play patches without windows.\n",
+                   stderr);
+        return 1;
+    }
     Application app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Brindlewick"));
     QCoreApplication::setApplicationName(QStringLiteral("Quillmer"));
@@ -71,11 +123,6 @@ int main(int argc, char* argv[]) {
     app.setQuitOnLastWindowClosed(false);  // the exit waits for queued MIDI to drain
     gui::applyDarkStyle(app);
 
-    const Arguments args = parse(QCoreApplication::arguments());
-    if (!args.ok) {
-        std::fprintf(stderr, "usage: quillmer [-m] [FILE.qmp]\n");
-        return 2;
-    }
 
     // Pictures for the documentation never touch the user's own settings.
     QTemporaryDir scratch;

@@ -3,14 +3,19 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QFontMetrics>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
+#include <QWheelEvent>
+#include <algorithm>
+#include <cstdlib>
 
 #include "engine/Constants.h"
+#include "gui/Editing.h"
 #include "gui/Lamp.h"
 #include "gui/panels/StatusIcon.h"
 #include "gui/panels/sequencers/TableViews.h"
@@ -47,6 +52,16 @@ QFont sized(QFont f, int pixels, bool bold = false) {
     f.setBold(bold);
     return f;
 }
+
+// The largest font up to `pixels` high in which `sample` fits into `room` pixels.
+QFont fitting(const QFont& base, const QString& sample, int room, int pixels) {
+    QFont f = sized(base, pixels);
+    while (f.pixelSize() > 6 && QFontMetrics(f).horizontalAdvance(sample) > room) f.setPixelSize(f.pixelSize() - 1);
+    return f;
+}
+
+// Wheel notches and vertical drags on a stage box: a notch or this many pixels a step.
+constexpr int kDragPixelsPerStep = 3;
 
 void setElided(QAbstractButton* button, const QString& text) {
     const int room = button->width() - 6;
@@ -362,9 +377,12 @@ int PanelFrame::buildStageRow(int index, int y, int stages) {
         box->setObjectName(QStringLiteral("bxV1_%1").arg(i));
         box->setToolTip(c.tip);
         box->setAlignment(Qt::AlignCenter);
-        box->setFont(sized(font(), 10));
         box->setTextMargins(0, 0, 0, 0);
+        // A thin border and no padding: three digits fit in the narrow box.
+        box->setFrame(false);
+        box->setStyleSheet(QStringLiteral("QLineEdit { padding: 0px; margin: 0px; border: 1px solid palette(mid); }"));
         box->setGeometry(px(left), px(top + kStageNumberHeight), px(kStageWidth - kGap), px(kButtonHeight));
+        box->setFont(fitting(font(), QStringLiteral("127"), box->width() - 3, 10));
         box->installEventFilter(this);
         connect(box, &QLineEdit::textEdited, this, [this, index, i](const QString& text) {
             Gesture g;
@@ -449,7 +467,7 @@ void PanelFrame::showControl(int index, const Shown& was, const Shown& now, bool
             break;
         case ControlKind::EditBox: {
             auto* edit = static_cast<QLineEdit*>(control.widget);
-            if (!edit->hasFocus()) edit->setText(QString::number(now.number));
+            if (!beingEdited(edit)) edit->setText(QString::number(now.number));
             break;
         }
         case ControlKind::Choice: {
@@ -465,6 +483,7 @@ void PanelFrame::showControl(int index, const Shown& was, const Shown& now, bool
         }
         case ControlKind::UpDown: {
             auto* spin = static_cast<QSpinBox*>(control.widget);
+            if (beingEdited(spin)) break;
             const QSignalBlocker quiet(spin);
             if (c.rangeFromModule && spin->maximum() != now.selected) spin->setMaximum(now.selected);
             spin->setValue(now.number);
@@ -489,9 +508,10 @@ void PanelFrame::showStages(Control& control, const Shown& now, bool typingOver)
     for (size_t i = 0; i < control.stageBoxes.size() && i < now.row.size(); ++i) {
         auto* box = static_cast<QLineEdit*>(control.stageBoxes[i]);
         const QString value = QString::number(now.row[i]);
+        if (typingOver) box->setModified(false);
         if (box->text() == value) continue;
-        // Typing goes on undisturbed while the text means the value the module holds.
-        if (!typingOver && box->hasFocus() && ParseBusValue(box->text().toStdString()) == now.row[i]) continue;
+        // Typing goes on undisturbed; the box shows the module's value once it is left.
+        if (!typingOver && beingEdited(box)) continue;
         box->setText(value);
     }
     for (size_t i = 0; i < control.stageLamps.size(); ++i)
@@ -516,18 +536,71 @@ bool PanelFrame::eventFilter(QObject* watched, QEvent* event) {
             default: return false;
         }
     }
-    if (event->type() == QEvent::MouseButtonPress) {
+    const QEvent::Type type = event->type();
+    if (type == QEvent::MouseButtonPress || type == QEvent::MouseMove || type == QEvent::MouseButtonRelease ||
+        type == QEvent::Wheel) {
         for (Control& c : controls_) {
             for (size_t i = 0; i < c.stageBoxes.size(); ++i) {
                 if (c.stageBoxes[i] != watched) continue;
-                Gesture g;
-                g.item = static_cast<int>(i);
-                emit gesture(static_cast<int>(&c - controls_.data()), g);
-                return false;  // the box takes the focus as usual
+                return stageBoxEvent(static_cast<int>(&c - controls_.data()), static_cast<int>(i),
+                                     static_cast<QLineEdit*>(c.stageBoxes[i]), event);
             }
         }
     }
     return QFrame::eventFilter(watched, event);
+}
+
+void PanelFrame::setStageValue(int control, int stage, QLineEdit* box, int value) {
+    const QString text = QString::number(std::clamp(value, 0, 127));
+    if (box->text() == text) return;
+    box->setText(text);
+    Gesture g;
+    g.kind = Gesture::Kind::Text;
+    g.item = stage;
+    g.text = text.toStdString();
+    emit gesture(control, g);
+}
+
+// A press selects the stage and takes the focus as usual; a drag up or down from it, or the
+// wheel, changes the value as the knobs do.
+bool PanelFrame::stageBoxEvent(int control, int stage, QLineEdit* box, QEvent* event) {
+    switch (event->type()) {
+        case QEvent::MouseButtonPress: {
+            auto* press = static_cast<QMouseEvent*>(event);
+            Gesture g;
+            g.item = stage;
+            emit gesture(control, g);
+            if (press->button() == Qt::LeftButton) {
+                stageDrag_ = {box, press->globalPosition().toPoint().y(), ParseBusValue(box->text().toStdString()), false};
+            }
+            return false;
+        }
+        case QEvent::MouseMove: {
+            if (stageDrag_.box != box || !(static_cast<QMouseEvent*>(event)->buttons() & Qt::LeftButton)) return false;
+            const int rise = stageDrag_.startY - static_cast<QMouseEvent*>(event)->globalPosition().toPoint().y();
+            if (!stageDrag_.moved && std::abs(rise) < kDragPixelsPerStep) return false;
+            stageDrag_.moved = true;
+            setStageValue(control, stage, box, stageDrag_.startValue + rise / kDragPixelsPerStep);
+            return true;
+        }
+        case QEvent::MouseButtonRelease: {
+            const bool dragged = stageDrag_.box == box && stageDrag_.moved;
+            stageDrag_ = {};
+            return dragged;
+        }
+        case QEvent::Wheel: {
+            auto* wheel = static_cast<QWheelEvent*>(event);
+            wheelRest_ += wheel->angleDelta().y();
+            const int notches = wheelRest_ / 120;
+            wheelRest_ %= 120;
+            if (notches != 0) {
+                const int step = wheel->modifiers() & Qt::ShiftModifier ? 10 : 1;
+                setStageValue(control, stage, box, ParseBusValue(box->text().toStdString()) + notches * step);
+            }
+            return true;
+        }
+        default: return false;
+    }
 }
 
 void PanelFrame::mousePressEvent(QMouseEvent* event) {

@@ -13,6 +13,7 @@
 #include "gui/panels/PanelSpec.h"
 
 class QLabel;
+class QLineEdit;
 class QPushButton;
 
 namespace quillmer::gui {
@@ -86,6 +87,8 @@ private:
     int buildStageRow(int index, int y, int stages);
     void showControl(int index, const Shown& was, const Shown& now, bool first);
     void showStages(Control& control, const Shown& now, bool typingOver = false);
+    bool stageBoxEvent(int control, int stage, QLineEdit* box, QEvent* event);
+    void setStageValue(int control, int stage, QLineEdit* box, int value);
     bool pressToDrag(QMouseEvent* event);
     bool moveWhileDragging(QMouseEvent* event);
     bool releaseDrag(QMouseEvent* event);
@@ -101,6 +104,14 @@ private:
     bool anythingShown_ = false;
     bool dragging_ = false;
     QPoint grabOffset_;
+    struct StageDrag {
+        QLineEdit* box = nullptr;
+        int startY = 0;
+        int startValue = 0;
+        bool moved = false;
+    };
+    StageDrag stageDrag_;
+    int wheelRest_ = 0;
 };
 
 }  // namespace quillmer::gui

@@ -122,7 +122,7 @@ TEST(SaveQuestion, CancelOnCloseKeepsTheProgramUp) {
     EXPECT_GT(ticksAfter(h, 100), 0u);
 }
 
-TEST(OpenAndLoad, AFailedLoadLeavesAnEmptyPatchAndTheMessage) {
+TEST(OpenAndLoad, AFailedLoadKeepsThePatchAndSaysWhy) {
     GuiHarness h;
     h.placeModule("Div");
     h.writeFile(QStringLiteral("broken.qmp"), "not a patch");
@@ -134,11 +134,13 @@ TEST(OpenAndLoad, AFailedLoadLeavesAnEmptyPatchAndTheMessage) {
     EXPECT_EQ(h.dialogs.openDialogs[0].title, QStringLiteral("Open Module File"));
     EXPECT_EQ(h.dialogs.openDialogs[0].text, QStringLiteral("Quillmer Modules (*.qmp)"));
     ASSERT_EQ(h.dialogs.criticals.size(), 1u);
-    EXPECT_EQ(h.dialogs.criticals[0].text, QStringLiteral("Unable to Load: ") + h.file("broken.qmp"));
-    EXPECT_EQ(h.moduleCount(), 0u);
+    EXPECT_EQ(h.dialogs.criticals[0].text, QStringLiteral("Unable to Load: ") + h.file("broken.qmp") +
+                                               QStringLiteral("\n\nthe file is shorter than a module file's header"));
+    EXPECT_EQ(h.moduleCount(), 1u);
     EXPECT_GT(ticksAfter(h, 100), 0u) << "the clock runs again after a failed load";
     auto held = h.engine().lock();
-    EXPECT_FALSE(h.session().ModifiedMark);
+    EXPECT_TRUE(h.session().ModifiedMark) << "the patch is still the changed one";
+    EXPECT_TRUE(h.session().CurrentFileName.empty());
 }
 
 TEST(OpenAndLoad, CancellingTheOpenDialogKeepsEverything) {

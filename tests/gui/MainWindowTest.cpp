@@ -34,13 +34,13 @@ QStringList captions(const QList<QAction*>& actions) {
 TEST(Menus, TopLevelAndFileEntriesInOrder) {
     GuiHarness h;
     EXPECT_EQ(captions(h.window().menuBar()->actions()),
-              QStringList({"&File", "&Modules", "&Options", "&UF-Prog", "M&ap", "&Help"}));
+              QStringList({"&File", "&Edit", "&View", "&Modules", "&Options", "&UF-Prog", "M&ap", "&Help"}));
     QMenu* file = h.window().menuBar()->actions()[0]->menu();
     QStringList entries = captions(file->actions());
     entries = entries.mid(0, 11);  // the recent files follow, hidden while there are none
     EXPECT_EQ(entries, QStringList({"&New", "&Open...", "&Save", "Save &As...", "-", "Import &MIDI File...",
                                     "&Bio Sequence...", "&Tuning Table...", "-", "E&xit", "-"}));
-    QMenu* help = h.window().menuBar()->actions()[5]->menu();
+    QMenu* help = h.window().menuBar()->actions()[7]->menu();
     EXPECT_EQ(captions(help->actions()),
               QStringList({"&Quillmer Help...", "&Visit Web Site...", "&About Quillmer..."}));
 }

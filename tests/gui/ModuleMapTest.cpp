@@ -1,6 +1,7 @@
 // The module map: its lists by page, and its four commands on the selected modules.
 
 #include <QAction>
+#include <QApplication>
 
 #include "gui/ModuleMap.h"
 #include "tests/gui/PanelHarness.h"
@@ -42,8 +43,9 @@ TEST(ModuleMap, ListsModulesByPageAndHighlightsThePageOnShow) {
     EXPECT_EQ(map.windowTitle(), QStringLiteral("Module Map"));
     EXPECT_EQ(lines(map.pageList(0)), QStringList({"  North-1", "1Clock-", "1Div-"}));
     EXPECT_EQ(lines(map.pageList(7)), QStringList({"  West-2"}));
-    EXPECT_EQ(map.pageList(0)->palette().color(QPalette::Base), QColor(255, 255, 224));
-    EXPECT_EQ(map.pageList(1)->palette().color(QPalette::Base), QColor(255, 255, 255));
+    const QColor plain = QApplication::palette().color(QPalette::Base);
+    EXPECT_NE(map.pageList(0)->palette().color(QPalette::Base), plain) << "the page on show stands out";
+    EXPECT_EQ(map.pageList(1)->palette().color(QPalette::Base), plain);
 
     // A click on a name goes to its page.
     h.placeModule("Div");
@@ -58,7 +60,8 @@ TEST(ModuleMap, ListsModulesByPageAndHighlightsThePageOnShow) {
     h.window().refresh();
     EXPECT_EQ(h.window().workspace().page(), 9);
     EXPECT_EQ(map.highlightedPage(), 9);
-    EXPECT_EQ(map.pageList(9)->palette().color(QPalette::Base), QColor(255, 255, 224));
+    EXPECT_NE(map.pageList(9)->palette().color(QPalette::Base), plain);
+    EXPECT_EQ(map.pageList(0)->palette().color(QPalette::Base), plain);
 }
 
 TEST(ModuleMap, MoveDeleteEnableAndDisableTheSelection) {

@@ -44,6 +44,7 @@ TEST(StageEdits, TypedValuesReachTheBusAndTheSnapshot) {
     }
     retype(stageBox(steps, 0), QStringLiteral("5"));
     EXPECT_EQ(busOf(h, "1Step08-"), 5);
+    stageBox(steps, 0)->clearFocus();  // the typing is over
     {
         auto held = h.engine().lock();
         h.session().snapshots.select(stored);

@@ -327,7 +327,7 @@ TEST(Session, AuthorSurvivesAndModifierIsWhoSavedLast) {
     SessionHarness third;
     ASSERT_EQ(third.load(dir.file("p.qmp")), "");
     third.session.CurrentFileName = dir.file("p.qmp");
-    EXPECT_EQ(third.session.caption(), " (Mod: Bo  Auth: Ada)p.qmp  Quillmer");
+    EXPECT_EQ(third.session.caption(), "p.qmp (Mod: Bo  Auth: Ada)  Quillmer");
 }
 
 TEST(SideFiles, ATuningFileBesideThePatchLoadsWithItAndTheDefaultComesBack) {
