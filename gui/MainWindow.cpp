@@ -90,6 +90,9 @@ MainWindow::MainWindow(Session& session, UserDialogs& dialogs, ProgramSettings& 
 }
 
 MainWindow::~MainWindow() {
+    // Children going away can still signal (a focused snapshot box commits its text on focus
+    // out); nothing of ours may answer once the members they would reach are gone.
+    for (QObject* child : findChildren<QObject*>()) QObject::disconnect(child, nullptr, this, nullptr);
     auto held = session_.engine.lock();
     session_.engine.events.tempoChanged = nullptr;
     session_.engine.events.pageChanged = nullptr;

@@ -81,11 +81,18 @@ void Program::start(const StartOptions& options) {
     options_->reload();
     main_->rebuildRecentMenu();
     if (!options.file.isEmpty() && QFileInfo(options.file).isFile()) main_->files().openFile(options.file);
+    if (options.playSong) playSong();
     main_->refresh();
     {
         auto held = engine.lock();
         engine.ports.startingUp = false;
     }
+}
+
+void Program::playSong() {
+    main_->setComposer(true);
+    auto held = session_->engine.lock();
+    session_->composer.play();
 }
 
 void Program::openSavedPorts(bool noMidi) {

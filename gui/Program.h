@@ -29,6 +29,7 @@ struct ProgramSettings;
 struct StartOptions {
     bool noMidi = false;  // -m: start with every port on "None Selected"
     QString file;         // a patch to open
+    bool playSong = false;  // --song: the Composer on and playing once the patch is open
 };
 
 class Program : public QObject {
@@ -40,6 +41,8 @@ public:
     ~Program() override;
 
     void start(const StartOptions& options);
+    // The Composer on, its window shown, and its list playing from Begin.
+    void playSong();
 
     Session& session() { return *session_; }
     MainWindow& mainWindow() { return *main_; }

@@ -1,5 +1,6 @@
-// quillmer [-m] [FILE.qmp]: the desktop program.
+// quillmer [-m] [--song] [FILE.qmp]: the desktop program.
 //   -m                 start with no MIDI ports, whatever the settings say
+//   --song             play the patch's Composer list from Begin
 //   --screenshot DIR   save pictures of the windows into DIR and quit
 //   --help, --version  print and exit
 
@@ -31,11 +32,12 @@ struct Arguments {
 };
 
 constexpr const char* kUsage =
-    "Usage: quillmer [-m] [FILE.qmp]\n"
+    "Usage: quillmer [-m] [--song] [FILE.qmp]\n"
     "Quillmer, the modular MIDI step sequencer: the desktop program.\n"
     "\n"
     "  FILE.qmp           open this patch\n"
     "  -m                 start with no MIDI ports, whatever the settings say\n"
+    "  --song             play the patch's Composer list (its song) from Begin\n"
     "  --screenshot DIR   save pictures of the windows into DIR and quit\n"
     "  -h, --help         print this help and exit\n"
     "  --version          print the version and exit\n"
@@ -71,6 +73,8 @@ Arguments parse(const QStringList& args) {
         const QString& arg = args[i];
         if (arg == QStringLiteral("-m")) {
             a.start.noMidi = true;
+        } else if (arg == QStringLiteral("--song")) {
+            a.start.playSong = true;
         } else if (arg == QStringLiteral("--screenshot") && i + 1 < args.size()) {
             a.screenshotDir = args[++i];
         } else if (arg.startsWith(QLatin1Char('-')) || !a.start.file.isEmpty()) {

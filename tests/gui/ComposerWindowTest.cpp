@@ -221,5 +221,20 @@ TEST(ComposerWindow, StoringASnapshotPausesTheSongAndANewPatchTurnsItOff) {
     EXPECT_TRUE(h.window().action(QStringLiteral("Forward"))->isEnabled());
 }
 
+// quillmer --song FILE: the patch opens with its Composer on, the window shown and the song
+// playing from Begin; the first measure recalls the first line's snapshot.
+TEST(ComposerWindow, StartingWithSongPlaysTheListOfThePatch) {
+    gui::StartOptions options = GuiHarness::noMidi();
+    options.file = QStringLiteral(QUILLMER_SOURCE_DIR "/examples/demo.qmp");
+    options.playSong = true;
+    GuiHarness h(options);
+    ASSERT_NE(h.window().composerWindow(), nullptr);
+    EXPECT_TRUE(h.window().composerWindow()->isVisible());
+    EXPECT_TRUE(h.window().action(QStringLiteral("MISC31"))->isChecked());
+    auto held = h.engine().lock();
+    EXPECT_EQ(h.session().composer.transport(), Transport::Playing);
+    EXPECT_EQ(h.session().composer.position(), 0);
+}
+
 }  // namespace
 }  // namespace quillmer::testing
