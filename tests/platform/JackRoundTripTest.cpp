@@ -106,6 +106,23 @@ TEST_F(JackRoundTrip, OutAReachesAnotherProgramWithEveryByteInOrder) {
     for (unsigned i = 0; i < other.getPortCount(); ++i) visible.push_back(other.getPortName(i));
     EXPECT_NE(std::find(visible.begin(), visible.end(), "Quillmer:Out A"), visible.end());
 
+    // A JACK connection takes hold some cycles after it is asked for, and what is sent before
+    // goes nowhere: a probe goes out until one arrives, then the test's own messages.
+    const Bytes noteOff{0x80, 0, 0};
+    std::vector<unsigned char> probe;
+    bool carried = false;
+    ASSERT_TRUE(eventually([&] {
+        if (!carried) {
+            out->sendNow(noteOff);
+            other.getMessage(&probe);
+            carried = !probe.empty();
+        }
+        return carried;
+    })) << "the connection never carried a message";
+    std::this_thread::sleep_for(100ms);  // probes still under way arrive before the drain
+    while (other.getMessage(&probe), !probe.empty()) {
+    }
+
     const std::vector<Bytes> sent{{0x90, 60, 100}, {249},         {0xB0, 7, 64}, {0xC0, 5}, {244},
                                   {0x80, 60, 0},   {0xE3, 0, 64}, {248},         {0x99, 38, 127}};
     for (const Bytes& message : sent) out->sendNow(message);
@@ -136,6 +153,24 @@ TEST_F(JackRoundTrip, InBDeliversChannelAndClockMessagesAndLeavesSysExOut) {
     });
     ASSERT_TRUE(in->open());
     in->start();
+
+    // The same probe as above, from the other side, before the messages under test.
+    bool carried = false;
+    ASSERT_TRUE(eventually([&] {
+        if (!carried) {
+            Bytes message{0x80, 0, 0};
+            other.sendMessage(&message);
+            std::this_thread::sleep_for(5ms);
+            std::lock_guard<std::mutex> held(mutex);
+            carried = !received.empty();
+        }
+        return carried;
+    })) << "the connection never carried a message";
+    std::this_thread::sleep_for(100ms);  // probes still under way arrive before the clear
+    {
+        std::lock_guard<std::mutex> held(mutex);
+        received.clear();
+    }
 
     const std::vector<Bytes> sent{
         {0x90, 64, 90}, {0xF0, 0x7E, 0x7F, 0x09, 0x01, 0xF7}, {248}, {0xC2, 9}, {0x80, 64, 0}};
