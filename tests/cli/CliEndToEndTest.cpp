@@ -3,13 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-
 #include <array>
 #include <cstdio>
 #include <map>
 
 #include "../shell/SessionHarness.h"
+#include "tests/cli/CliRunner.h"
 #include "examples/DemoPatch.h"
 #include "modules/processors/Memory.h"
 #include "modules/processors/Sums.h"
@@ -22,29 +21,12 @@ namespace {
 
 const std::string kDemo = std::string(QUILLMER_SOURCE_DIR) + "/examples/demo.qmp";
 
-struct Result {
-    int status = -1;
-    std::string out;
-};
-
-// Runs quillmer-cli with the arguments (stderr joins stdout).
-Result cli(const std::string& arguments) {
-    Result r;
-    FILE* pipe = ::popen((std::string(QUILLMER_CLI) + " " + arguments + " 2>&1").c_str(), "r");
-    if (!pipe) return r;
-    std::array<char, 4096> buffer{};
-    while (size_t n = std::fread(buffer.data(), 1, buffer.size(), pipe)) r.out.append(buffer.data(), n);
-    const int status = ::pclose(pipe);
-    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return r;
-}
-
 }  // namespace
 
 TEST(Cli, TheDemoPlaysAndItsRecordedNotesReadBack) {
     ScratchDir dir;
     const std::string mid = dir.file("demo.mid");
-    const Result r = cli("run " + kDemo + " --bars 4 --record " + mid);
+    const CliResult r = runCli("run " + kDemo + " --bars 4 --record " + mid);
     ASSERT_EQ(r.status, 0) << r.out;
     const auto file = readMidiFile(mid);
     ASSERT_TRUE(file.has_value());
@@ -86,11 +68,11 @@ TEST(Cli, TheDemoPlaysAndItsRecordedNotesReadBack) {
 
 TEST(Cli, TraceInfoAndConvert) {
     ScratchDir dir;
-    Result r = cli("run " + kDemo + " --ticks 3 --trace \"~ Turbo,1Stepper-\"");
+    CliResult r = runCli("run " + kDemo + " --ticks 3 --trace \"~ Turbo,1Stepper-\"");
     ASSERT_EQ(r.status, 0) << r.out;
     EXPECT_EQ(r.out, "tick,~ Turbo,1Stepper-\n1,1,0\n2,2,0\n3,3,0\n");
 
-    r = cli("info " + kDemo + " --json");
+    r = runCli("info " + kDemo + " --json");
     ASSERT_EQ(r.status, 0) << r.out;
     EXPECT_NE(r.out.find("\"tempo\": 112"), std::string::npos);
     EXPECT_NE(r.out.find("\"003 Chorus\""), std::string::npos);
@@ -98,20 +80,20 @@ TEST(Cli, TraceInfoAndConvert) {
 
     // Saved by the same user, as the demo was: only the modifier's name could differ.
     ::setenv("USER", "Quillmer", 1);
-    r = cli("convert " + kDemo + " " + dir.file("again.qmp"));
+    r = runCli("convert " + kDemo + " " + dir.file("again.qmp"));
     ASSERT_EQ(r.status, 0) << r.out;
     EXPECT_EQ(readBytes(dir.file("again.qmp")), readBytes(kDemo)) << "nothing changes on the way through";
 }
 
 TEST(Cli, FailuresAreOneLineAndANonZeroStatus) {
     ScratchDir dir;
-    Result r = cli("info " + dir.file("missing.qmp"));
+    CliResult r = runCli("info " + dir.file("missing.qmp"));
     EXPECT_NE(r.status, 0);
     EXPECT_EQ(r.out, "quillmer-cli: Unable to Load: " + dir.file("missing.qmp") + " (No such file or directory)\n");
-    r = cli("run " + kDemo + " --ticks 2 --trace nothing-");
+    r = runCli("run " + kDemo + " --ticks 2 --trace nothing-");
     EXPECT_NE(r.status, 0);
     EXPECT_EQ(r.out, "quillmer-cli: no output is named \"nothing-\"\n");
-    r = cli("run " + kDemo);
+    r = runCli("run " + kDemo);
     EXPECT_NE(r.status, 0);
     EXPECT_EQ(std::count(r.out.begin(), r.out.end(), '\n'), 1);
 }
@@ -120,18 +102,18 @@ TEST(Cli, FailuresAreOneLineAndANonZeroStatus) {
 // the tempo asked for, as the recorded tempo track shows.
 TEST(Cli, TempoIsCheckedAgainstTheRangeInForce) {
     ScratchDir dir;
-    Result r = cli("run " + kDemo + " --ticks 2 --tempo 300");
+    CliResult r = runCli("run " + kDemo + " --ticks 2 --tempo 300");
     EXPECT_NE(r.status, 0);
     EXPECT_EQ(r.out, "quillmer-cli: --tempo 300 is outside 1..254; --extended-tempo allows up to 1000\n");
-    r = cli("run " + kDemo + " --ticks 2 --tempo 0 --extended-tempo");
+    r = runCli("run " + kDemo + " --ticks 2 --tempo 0 --extended-tempo");
     EXPECT_NE(r.status, 0);
     EXPECT_EQ(r.out, "quillmer-cli: --tempo 0 is outside 1..1000\n");
-    r = cli("run " + kDemo + " --ticks 2 --tempo 1001 --extended-tempo");
+    r = runCli("run " + kDemo + " --ticks 2 --tempo 1001 --extended-tempo");
     EXPECT_NE(r.status, 0);
 
     const auto tempoOf = [&](const std::string& options) -> std::vector<uint8_t> {
         const std::string mid = dir.file("t.mid");
-        const Result played = cli("run " + kDemo + " --ticks 2 --run --seed 7 --record " + mid + " " + options);
+        const CliResult played = runCli("run " + kDemo + " --ticks 2 --run --seed 7 --record " + mid + " " + options);
         EXPECT_EQ(played.status, 0) << played.out;
         const auto file = readMidiFile(mid);
         if (!file || file->tracks.empty() || file->tracks[0].empty()) return {};
@@ -154,14 +136,14 @@ TEST(DemoPatch, TheShippedFileIsWhatItsGeneratorMakes) {
 }
 
 TEST(Cli, TypesListsTheWholeCatalogueAndWhatRuns) {
-    const Result json = cli("types --json");
+    const CliResult json = runCli("types --json");
     ASSERT_EQ(json.status, 0) << json.out;
     EXPECT_EQ(static_cast<size_t>(std::count(json.out.begin(), json.out.end(), '{')), allTypes().size());
     EXPECT_NE(json.out.find(R"({"type": "Div", "id": )"), std::string::npos);
     EXPECT_NE(json.out.find(R"("group": "Math", "caption": "Divide", "built": true, "inputs": ["Numerator", "Divisor"]})"),
               std::string::npos)
         << json.out.substr(0, 400);
-    const Result text = cli("types");
+    const CliResult text = runCli("types");
     ASSERT_EQ(text.status, 0);
     size_t built = 0;
     for (const TypeInfo& info : allTypes()) built += builtTypes().isBuilt(info.id) ? 1 : 0;
@@ -187,7 +169,7 @@ TEST(Cli, ProcessorsRunFromAFile) {
         carry.chooseMaster(minus.Index);
         ASSERT_EQ(h.save(dir.file("p.qmp")), "");
     }
-    const Result r = cli("run " + dir.file("p.qmp") + " --ticks 5 --trace \"~ Turbo,1Delay-,1Add2-,1Minus-,1Carry-\"");
+    const CliResult r = runCli("run " + dir.file("p.qmp") + " --ticks 5 --trace \"~ Turbo,1Delay-,1Add2-,1Minus-,1Carry-\"");
     ASSERT_EQ(r.status, 0) << r.out;
     EXPECT_EQ(r.out,
               "tick,~ Turbo,1Delay-,1Add2-,1Minus-,1Carry-\n"
@@ -203,10 +185,10 @@ TEST(Cli, ProcessorsRunFromAFile) {
 TEST(Cli, AFolderIsNeitherReadAsAPatchNorWrittenAsAWavFile) {
     ScratchDir dir;
     std::filesystem::create_directory(dir.path / "folder");
-    Result r = cli("info " + dir.file("folder"));
+    CliResult r = runCli("info " + dir.file("folder"));
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "quillmer-cli: Unable to Load: " + dir.file("folder") + " (it is a folder, not a file)\n");
-    r = cli("run " + kDemo + " --ticks 2 --wav " + dir.file("folder"));
+    r = runCli("run " + kDemo + " --ticks 2 --wav " + dir.file("folder"));
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "quillmer-cli: Unable to save " + dir.file("folder") + ": it is a folder, not a file\n");
     EXPECT_TRUE(std::filesystem::is_directory(dir.path / "folder"));
@@ -231,7 +213,7 @@ TEST(Cli, AWavFileThatCannotBeWrittenWholeFailsAndTheEarlierFileStays) {
     EXPECT_EQ(readBytes(wav), (std::vector<uint8_t>{'e', 'a', 'r', 'l', 'i', 'e', 'r'})) << "the earlier file stays";
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path), {}), 1) << "no temporary left behind";
 
-    const Result r = cli("run " + kDemo + " --bars 1 --wav " + wav);
+    const CliResult r = runCli("run " + kDemo + " --bars 1 --wav " + wav);
     ASSERT_EQ(r.status, 0) << r.out;
     const auto rendered = readBytes(wav);
     ASSERT_GT(rendered.size(), 44u);
@@ -242,17 +224,17 @@ TEST(Cli, AWavFileThatCannotBeWrittenWholeFailsAndTheEarlierFileStays) {
 }
 
 TEST(Cli, CountsOutOfRangeAreRefusedPlainly) {
-    Result r = cli("run " + kDemo + " --bars 192153584101141163");
+    CliResult r = runCli("run " + kDemo + " --bars 192153584101141163");
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "quillmer-cli: --bars takes a whole number from 1 to 10416666, not \"192153584101141163\"\n");
-    r = cli("run " + kDemo + " --ticks 0");
+    r = runCli("run " + kDemo + " --ticks 0");
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "quillmer-cli: --ticks takes a whole number from 1 to 1000000000, not \"0\"\n");
-    r = cli("run " + kDemo + " --ticks 12x");
+    r = runCli("run " + kDemo + " --ticks 12x");
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "quillmer-cli: --ticks takes a whole number from 1 to 1000000000, not \"12x\"\n");
-    r = cli("run " + kDemo + " --bars 10416667");
+    r = runCli("run " + kDemo + " --bars 10416667");
     EXPECT_EQ(r.status, 1);
-    r = cli("run " + kDemo + " --ticks 3");
+    r = runCli("run " + kDemo + " --ticks 3");
     EXPECT_EQ(r.status, 0) << r.out;
 }

@@ -3,13 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-
-#include <array>
-#include <cstdio>
 #include <filesystem>
 
 #include "../shell/SessionHarness.h"
+#include "tests/cli/CliRunner.h"
 #include "app/cli/Progress.h"
 #include "platform/StandardMidiFile.h"
 
@@ -21,29 +18,13 @@ namespace {
 const std::string kDemoSong = std::string(QUILLMER_SOURCE_DIR) + "/examples/demo.qmp";
 constexpr uint32_t kMeasure = 4 * 480;  // file ticks
 
-struct CliRun {
-    int status = -1;
-    std::string out;
-};
-
-CliRun cliRun(const std::string& arguments) {
-    CliRun r;
-    FILE* pipe = ::popen((std::string(QUILLMER_CLI) + " " + arguments + " 2>&1").c_str(), "r");
-    if (!pipe) return r;
-    std::array<char, 4096> buffer{};
-    while (size_t n = std::fread(buffer.data(), 1, buffer.size(), pipe)) r.out.append(buffer.data(), n);
-    const int status = ::pclose(pipe);
-    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return r;
-}
-
 }  // namespace
 
 TEST(CliSong, TheDemoSongPlaysEveryLineAndStopsAfterTheLast) {
     ScratchDir dir;
     const std::string mid = dir.file("song.mid");
     const std::string wav = dir.file("song.wav");
-    const CliRun r = cliRun("run " + kDemoSong + " --song --record " + mid + " --wav " + wav);
+    const CliResult r = runCli("run " + kDemoSong + " --song --record " + mid + " --wav " + wav);
     ASSERT_EQ(r.status, 0) << r.out;
     EXPECT_EQ(r.out, "") << "no progress bar when stderr is no terminal";
     EXPECT_GT(std::filesystem::file_size(wav), 44u);
@@ -87,12 +68,12 @@ TEST(CliSong, RefusedWithoutAListAndBesideACount) {
     ScratchDir dir;
     SessionHarness empty;
     ASSERT_EQ(empty.save(dir.file("empty.qmp")), "");
-    CliRun r = cliRun("run " + dir.file("empty.qmp") + " --song");
+    CliResult r = runCli("run " + dir.file("empty.qmp") + " --song");
     EXPECT_NE(r.status, 0);
     EXPECT_NE(r.out.find("has no Composer list to play"), std::string::npos) << r.out;
-    r = cliRun("run " + kDemoSong + " --song --bars 4");
+    r = runCli("run " + kDemoSong + " --song --bars 4");
     EXPECT_NE(r.status, 0);
-    r = cliRun("run " + kDemoSong);
+    r = runCli("run " + kDemoSong);
     EXPECT_NE(r.out.find("--song"), std::string::npos) << r.out;
 }
 

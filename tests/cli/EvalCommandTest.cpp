@@ -2,33 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdio>
 #include <string>
-#include <sys/wait.h>
+
+#include "tests/cli/CliRunner.h"
+
+using quillmer::testing::CliResult;
+using quillmer::testing::runCli;
 
 namespace {
 
-struct Outcome {
-    int status = -1;
-    std::string out;
-};
-
-Outcome eval(const std::string& arguments) {
-    Outcome r;
-    FILE* pipe = ::popen((std::string(QUILLMER_CLI) + " eval " + arguments + " 2>&1").c_str(), "r");
-    if (!pipe) return r;
-    std::array<char, 4096> buffer{};
-    while (size_t n = std::fread(buffer.data(), 1, buffer.size(), pipe)) r.out.append(buffer.data(), n);
-    const int status = ::pclose(pipe);
-    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return r;
-}
+CliResult eval(const std::string& arguments) { return runCli("eval " + arguments); }
 
 }  // namespace
 
 TEST(CliEval, ValuesMailboxAndErrors) {
-    Outcome r = eval("'out(in1+in2*3)' --in 1,2");
+    CliResult r = eval("'out(in1+in2*3)' --in 1,2");
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out, "7\nOUT 7\n");
     r = eval("'Frac(-2.25) + LIM(300) + GOTO(9)'");

@@ -3,12 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-
-#include <array>
-#include <cstdio>
-
 #include "../shell/SessionHarness.h"
+#include "tests/cli/CliRunner.h"
 #include "modules/midi/MfxFile.h"
 #include "modules/midi/MidiFilePlayers.h"
 #include "platform/StandardMidiFile.h"
@@ -18,21 +14,7 @@ using namespace quillmer::testing;
 
 namespace {
 
-struct CliRun {
-    int status = -1;
-    std::string out;
-};
-
-CliRun mfx(const std::string& arguments) {
-    CliRun r;
-    FILE* pipe = ::popen((std::string(QUILLMER_CLI) + " mfx " + arguments + " 2>&1").c_str(), "r");
-    if (!pipe) return r;
-    std::array<char, 4096> buffer{};
-    while (size_t n = std::fread(buffer.data(), 1, buffer.size(), pipe)) r.out.append(buffer.data(), n);
-    const int status = ::pclose(pipe);
-    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return r;
-}
+CliResult mfx(const std::string& arguments) { return runCli("mfx " + arguments); }
 
 MidiFileEvent ev(uint32_t delta, std::vector<uint8_t> bytes) {
     MidiFileEvent e;
@@ -71,7 +53,7 @@ TEST(MfxCommand, TranslatesATrackAndClassOnTheLowestChannelOrTheOneAskedFor) {
     const std::string mid = song(dir);
     const std::string out = dir.file("keys.mfx");
 
-    CliRun r = mfx(mid + " --track 2 --class VELOCITY " + out);
+    CliResult r = mfx(mid + " --track 2 --class VELOCITY " + out);
     ASSERT_EQ(r.status, 0) << r.out;
     EXPECT_NE(r.out.find("channel 4"), std::string::npos) << r.out;
     MfxList list = load(out);
@@ -100,7 +82,7 @@ TEST(MfxCommand, NothingToTranslateOrNothingToReadIsAMessageAndStatusOne) {
     const std::string mid = song(dir);
     const std::string out = dir.file("x.mfx");
     const auto fails = [&](const std::string& args, const std::string& text) {
-        const CliRun r = mfx(args);
+        const CliResult r = mfx(args);
         EXPECT_EQ(r.status, 1) << args << "\n" << r.out;
         EXPECT_NE(r.out.find(text), std::string::npos) << args << "\n" << r.out;
     };
@@ -138,13 +120,8 @@ TEST(MfxCommand, AListTranslatedFromAFilePlaysInASavedPatchLockedToItsMaster) {
     }
     // Keys 40 and 41 at steps 6 and 36, their velocities 70 and 71 in the slave. The run's
     // reset shows the first values; at the end the list loops back to step 6 at once.
-    FILE* pipe = ::popen((std::string(QUILLMER_CLI) + " run " + dir.file("play.qmp") +
-                          " --run --ticks 80 --trace 1MIDIFile-,1MIDISlave- 2>&1").c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    std::string out;
-    std::array<char, 4096> buffer{};
-    while (size_t n = std::fread(buffer.data(), 1, buffer.size(), pipe)) out.append(buffer.data(), n);
-    ASSERT_EQ(::pclose(pipe), 0) << out;
+    const auto [status, out] = runCli("run " + dir.file("play.qmp") + " --run --ticks 80 --trace 1MIDIFile-,1MIDISlave-");
+    ASSERT_EQ(status, 0) << out;
     std::string expected = "tick,1MIDIFile-,1MIDISlave-\n";
     for (int t = 1; t <= 80; ++t) expected += std::to_string(t) + (t == 38 || t == 69 ? ",41,71\n" : ",40,70\n");
     EXPECT_EQ(out, expected);
