@@ -151,6 +151,16 @@ public:
     // of steps. Until tables are loaded every table is the chromatic twelve-step row.
     const uint8_t* toneRow(int table) const;
     void setToneTables(const uint8_t* tables) { toneTables_ = tables; }  // 128 x 128 bytes
+    // The general tables: 128 tables of 128 values, owned by whoever owns the patch. Until
+    // they are set every step reads 0 and writes go nowhere. Outside 0..127 a step reads 0.
+    void setGeneralTables(uint8_t* tables) { generalTables_ = tables; }
+    int generalTableStep(int table, int step) const;
+    // Writes a value (cut to 0..127); a change is counted in generalTablesVersion, which
+    // table modules and views compare with what they saw last.
+    void writeGeneralTableStep(int table, int step, int value);
+    uint32_t generalTablesVersion() const { return generalTablesVersion_; }
+    // After a whole bank or a row changed at once (a file load, the editor).
+    void markGeneralTablesChanged() { ++generalTablesVersion_; }
 
     // Bulk placement: names go into the lists without resorting; endBulk sorts once and
     // resolves. For loading and for placing many modules at once.
@@ -263,6 +273,8 @@ private:
     std::array<std::vector<ModuleTypeSlot*>, kGroupCount> groupSlots_;
 
     const uint8_t* toneTables_ = nullptr;
+    uint8_t* generalTables_ = nullptr;
+    uint32_t generalTablesVersion_ = 0;
     bool patchChanged_ = false;
     bool closing_ = false;
     bool bulk_ = false;

@@ -1,5 +1,6 @@
 // Names, connections and the life cycle of modules.
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -237,6 +238,20 @@ const uint8_t* Engine::toneRow(int table) const {
     }();
     if (!toneTables_) return kChromatic.data();
     return toneTables_ + static_cast<size_t>(table & 127) * 128;
+}
+
+int Engine::generalTableStep(int table, int step) const {
+    if (!generalTables_ || table < 0 || table > 127 || step < 0 || step > 127) return 0;
+    return generalTables_[static_cast<size_t>(table) * 128 + static_cast<size_t>(step)];
+}
+
+void Engine::writeGeneralTableStep(int table, int step, int value) {
+    if (!generalTables_ || table < 0 || table > 127 || step < 0 || step > 127) return;
+    uint8_t& cell = generalTables_[static_cast<size_t>(table) * 128 + static_cast<size_t>(step)];
+    const auto cut = static_cast<uint8_t>(std::clamp(value, 0, 127));
+    if (cell == cut) return;
+    cell = cut;
+    ++generalTablesVersion_;
 }
 
 Module* Engine::findModule(std::string_view name) {

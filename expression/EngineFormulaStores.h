@@ -2,7 +2,8 @@
 // The formula functions' doors wired to an engine: the bus, the transport, the duration
 // counters, MIDI out and the MIDI input tables, the options' absolute clocks, the formula
 // timers on the engine's timer service, and the engine's random generator for RND.
-// Stores the engine doesn't hold yet (matrix grids, Sfile data, panels) keep answering 0.
+// The general tables are the engine's; stores it doesn't hold yet (matrix grids, Sfile data,
+// panels) keep answering 0.
 
 #include <array>
 
@@ -26,6 +27,8 @@ public:
     void setFormulaTimer(int kind, int n, int ms) override;
     void sendMidi(int port, uint8_t status, uint8_t data1, uint8_t data2) override;
     MidiInputTables* midiInput() override { return &engine_.ports.in; }
+    int tableStep(int table, int step) override { return engine_.generalTableStep(table, step); }
+    void writeTableStep(int table, int step, int value) override { engine_.writeGeneralTableStep(table, step, value); }
 
 private:
     Engine& engine_;

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <string_view>
 
-#include "tables/GeneralTables.h"
 
 namespace quillmer {
 
@@ -59,7 +58,7 @@ public:
     virtual int gridChanged(GridShape, int /*mid*/) { return 0; }
 
     // General tables.
-    virtual int tableStep(int table, int step) { return generalTableStep(table, step); }
+    virtual int tableStep(int /*table*/, int /*step*/) { return 0; }
     virtual void writeTableStep(int /*table*/, int /*step*/, int /*value*/) {}
 
     // The data of Sfile modules; a step is taken modulo the data's length + 1.

@@ -12,11 +12,14 @@ packages=(
   libjack-jackd2-dev libasound2-dev
   libsmf-dev libglib2.0-dev
   libcli11-dev
+  liblo-dev nlohmann-json3-dev
   jackd2
   xvfb xauth
   desktop-file-utils
   clang-14 libclang-rt-14-dev llvm-14
 )
+# liblo-dev: Open Sound Control for links between programs and session managers;
+# nlohmann-json3-dev: the text form of a patch.
 # desktop-file-utils: desktop-file-validate for the installation test.
 # clang-14 with libclang-rt-14-dev: libFuzzer and clang's sanitizer runtimes for the fuzz
 # targets (scripts/fuzz.sh); llvm-14: llvm-symbolizer for readable reports. GCC's own

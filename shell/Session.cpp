@@ -31,6 +31,7 @@ Session::Session(TimerService& timers, const ModuleRegistry& registry)
     chainTimer_ = timers.addTimer("chain load", [this] { onChainTimer(); });
     resetComposerList();
     engine.setToneTables(tones.rows.data());
+    engine.setGeneralTables(tables.bank.data());
     LoadAuxFiles({});
     voiceNames.loadFromDataFolders();
     engine.ports.bankName = [this](int bank) { return voiceNames.bankName(bank); };

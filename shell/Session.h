@@ -15,6 +15,7 @@
 #include "shell/FileHeader.h"
 #include "shell/Snapshots.h"
 #include "shell/VoiceNames.h"
+#include "tables/GeneralTables.h"
 #include "tables/ToneTables.h"
 
 namespace quillmer {
@@ -41,6 +42,7 @@ public:
     Engine engine;
     Snapshots snapshots;
     ToneTables tones;  // the tuning tables the note modules play through
+    GeneralTables tables;  // the general tables that table modules and formulas read
     VoiceNames voiceNames;  // bank and voice names of the module captions
     // What the file header keeps that has no other home yet: the Composer list, the
     // floating sliders and the window size. Written back as it was read.

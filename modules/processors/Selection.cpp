@@ -1,7 +1,6 @@
 #include "modules/processors/Selection.h"
 
 #include "engine/Engine.h"
-#include "tables/GeneralTables.h"
 
 namespace quillmer {
 
@@ -108,6 +107,6 @@ void T127::writeBody(ByteWriter& out, const OutputNames&) const { writeFields(ou
 
 void T127::readBody(ByteReader& in, OutputNames&) { readFields(in); }
 
-void T127::update(Engine&) { setOutput(generalTableStep(kPage, in(0)) & 127); }
+void T127::update(Engine& engine) { setOutput(static_cast<uint8_t>(engine.generalTableStep(kPage, in(0)))); }
 
 }  // namespace quillmer

@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <span>
+#include <utility>
+
 #include "ModuleHarness.h"
 #include "modules/processors/Selection.h"
+#include "tables/GeneralTables.h"
 
 using namespace quillmer;
 using namespace quillmer::testing;
@@ -141,9 +145,46 @@ TEST(Flip, LatchesOnRisingEdgesAndTogglesWithFeedback) {
 TEST(T127, ReadsPage127OfTheTableStore) {
     ModuleHarness h;
     Module& t = h.add("T127");
-    for (int step : {0, 64, 127}) {
+    h.set(t, 0, 64);
+    h.ticks(1);
+    EXPECT_EQ(h.out(t), 0) << "without a bank every step reads 0";
+
+    GeneralTables tables;
+    tables.bank.row(127)[0] = 5;
+    tables.bank.row(127)[64] = 77;
+    tables.bank.row(127)[127] = 127;
+    tables.bank.row(126)[64] = 9;  // a neighbouring page must not leak in
+    h.engine->setGeneralTables(tables.bank.data());
+    for (auto [step, want] : {std::pair{0, 5}, {64, 77}, {127, 127}, {63, 0}}) {
         h.set(t, 0, step);
         h.ticks(1);
-        EXPECT_EQ(h.out(t), 0) << "no table pages are loaded";
+        EXPECT_EQ(h.out(t), want) << "step " << step;
     }
+    // A formula or the editor writing the page is seen on the next tick.
+    h.engine->writeGeneralTableStep(127, 63, 200);
+    h.set(t, 0, 63);
+    h.ticks(1);
+    EXPECT_EQ(h.out(t), 127) << "writes are cut to 0..127";
+    h.engine->setGeneralTables(nullptr);
+}
+
+TEST(GeneralTableStore, WritesCountChangesAndStayInside) {
+    ModuleHarness h;
+    GeneralTables tables;
+    h.engine->setGeneralTables(tables.bank.data());
+    const uint32_t before = h.engine->generalTablesVersion();
+    h.engine->writeGeneralTableStep(3, 4, 50);
+    EXPECT_EQ(tables.bank.row(3)[4], 50);
+    EXPECT_EQ(h.engine->generalTablesVersion(), before + 1);
+    h.engine->writeGeneralTableStep(3, 4, 50);
+    EXPECT_EQ(h.engine->generalTablesVersion(), before + 1) << "an unchanged value is no change";
+    h.engine->writeGeneralTableStep(3, 4, -7);
+    EXPECT_EQ(tables.bank.row(3)[4], 0);
+    for (auto [table, step] : {std::pair{-1, 0}, {128, 0}, {0, -1}, {0, 128}}) {
+        h.engine->writeGeneralTableStep(table, step, 99);
+        EXPECT_EQ(h.engine->generalTableStep(table, step), 0);
+    }
+    for (uint8_t b : std::span(tables.bank.data(), kGeneralTableBytes))
+        if (b != 0) ADD_FAILURE() << "a write outside the bank landed inside it";
+    h.engine->setGeneralTables(nullptr);
 }
