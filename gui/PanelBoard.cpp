@@ -376,6 +376,17 @@ void PanelBoard::askDialog(PanelFrame* frame, int control) {
             pageTable_ = openPageTable(session_.engine, dialogs_, find, mainWindow_);
         return;
     }
+    if (c.dialog == Dialog::TableBank || c.dialog == Dialog::ToneTable) {
+        int table = 0;
+        {
+            auto held = session_.engine.lock();
+            const Module* m = live(session_.engine, *slot);
+            if (!m) return;
+            table = c.read ? c.read(*m).number & 127 : 0;
+        }
+        emit tableEditorWanted(c.dialog, table);
+        return;
+    }
     if (c.dialog == Dialog::ChainFile) {
         QString folder;
         {

@@ -78,6 +78,9 @@ public:
 signals:
     // Modules came or went, or changed page or name: the module map redraws.
     void modulesChanged();
+    // A panel's button asked for a table editor (Dialog::TableBank or Dialog::ToneTable) on
+    // a table; the main window owns those windows.
+    void tableEditorWanted(quillmer::gui::Dialog which, int table);
 
 private:
     struct Slot {

@@ -81,8 +81,10 @@ enum class ControlKind {
                // the point's x and y in ten-thousandths of the picture
 };
 
-// Buttons whose gesture needs a question first; the panel board asks it.
-enum class Dialog { None, Channel, ChainFile, Fill, PageTable, MfxFile };
+// Buttons whose gesture needs a question first; the panel board asks it. TableBank and
+// ToneTable open the general-table and tuning editors on the table number the button's
+// reader gives (Shown::number).
+enum class Dialog { None, Channel, ChainFile, Fill, PageTable, MfxFile, TableBank, ToneTable };
 
 using Reader = std::function<Shown(const Module&)>;
 using Editor = std::function<void(Module&, Engine&, const Gesture&)>;
