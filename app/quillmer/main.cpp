@@ -86,6 +86,27 @@ Arguments parse(const QStringList& args) {
     return a;
 }
 
+// A display that is named but can't be opened ends Qt's start with a fatal message and an
+// abort. While the application starts, such a message is told plainly and the program ends
+// with status 1; afterwards messages go to Qt's own handler.
+QtMessageHandler qtHandler = nullptr;
+bool startingUp = true;
+
+void startupMessages(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    // Qt's own fatal text speaks of reinstalling; the lines before it name the real cause.
+    if (type == QtFatalMsg && startingUp) {
+        const char* display = std::getenv("WAYLAND_DISPLAY");
+        if (!display || !*display) display = std::getenv("DISPLAY");
+        std::fprintf(stderr,
+                     "quillmer: the display \"%s\" can't be opened, so no window can be shown.\n"
+                     "Check that the desktop session is running and reachable, or use quillmer-cli to play patches "
+                     "without windows.\n",
+                     display ? display : "");
+        std::_Exit(1);
+    }
+    if (qtHandler) qtHandler(type, context, message);
+}
+
 // Nothing may escape an event handler: Qt can't unwind through its event loop. What would
 // have ended the program is told on stderr, and the program goes on.
 class Application : public QApplication {
@@ -120,7 +141,9 @@ int main(int argc, char* argv[]) {
                    stderr);
         return 1;
     }
+    qtHandler = qInstallMessageHandler(startupMessages);
     Application app(argc, argv);
+    startingUp = false;
     QCoreApplication::setOrganizationName(QStringLiteral("Brindlewick"));
     QCoreApplication::setApplicationName(QStringLiteral("Quillmer"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillmer"));

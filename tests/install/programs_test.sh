@@ -27,6 +27,8 @@ check "quillmer --version" 0 "^quillmer [0-9]" "$gui" --version
 check "quillmer -h" 0 "Usage: quillmer" "$gui" -h
 check "quillmer --bogus" 2 "unknown option" "$gui" --bogus
 check "quillmer without a display" 1 "no display" env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM "$gui"
+check "quillmer with a display that isn't there" 1 "can't be opened" \
+  env -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM DISPLAY=:97 XAUTHORITY=/nonexistent "$gui"
 check "quillmer-cli --help" 0 "Usage: quillmer-cli" "$cli" --help
 check "quillmer-cli --version" 0 "^quillmer-cli [0-9]" "$cli" --version
 exit $fail
