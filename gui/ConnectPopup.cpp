@@ -2,6 +2,8 @@
 
 #include <QListWidget>
 #include <QScreen>
+#include <QStyle>
+#include <algorithm>
 #include <QVBoxLayout>
 
 namespace quillmer::gui {
@@ -13,6 +15,21 @@ QPoint connectPopupPlace(const QRect& panel, const QRect& mainWindow, QSize popu
     at.setX(std::max(screen.left(), std::min(at.x(), screen.right() + 1 - popup.width())));
     at.setY(std::max(screen.top(), std::min(at.y(), screen.bottom() + 1 - popup.height())));
     return at;
+}
+
+ConnectLayout connectLayout(int count, QSize cell, QSize room) {
+    ConnectLayout layout;
+    const int cellHeight = std::max(1, cell.height()), cellWidth = std::max(1, cell.width());
+    layout.rows = std::clamp(room.height() / cellHeight, 1, kConnectRows);
+    layout.columns = count / layout.rows + 1;
+    int width = layout.columns * cellWidth;
+    const int roomWidth = std::max(cellWidth, room.width() - room.width() % cellWidth);
+    if (width > roomWidth) {
+        width = roomWidth;
+        layout.scrolls = true;
+    }
+    layout.size = QSize(width, layout.rows * cellHeight);
+    return layout;
 }
 
 ConnectPopup::ConnectPopup(QWidget* parent) : QDialog(parent, Qt::Tool), list_(new QListWidget(this)) {
@@ -52,20 +69,25 @@ void ConnectPopup::popUp(const QString& title, const QStringList& names, int pos
         list_->clear();
         list_->addItems(names);
     }
-    columns_ = connectColumns(static_cast<int>(names.size()));
     int widest = 0;
     for (const QString& name : names) widest = std::max(widest, list_->fontMetrics().horizontalAdvance(name));
     const QSize cell(widest + 14, list_->fontMetrics().height() + 3);
     list_->setGridSize(cell);
-    const int frame = 2 * list_->frameWidth();
-    list_->setFixedSize(columns_ * cell.width() + frame + 2, kConnectRows * cell.height() + frame + 2);
+    const QScreen* screen = parentWidget() ? parentWidget()->screen() : nullptr;
+    const QRect area = screen ? screen->availableGeometry() : QRect(0, 0, 1920, 1080);
+    // The window's title bar and edges, and a scroll bar's height, take some of the screen.
+    const int frame = 2 * list_->frameWidth() + 2;
+    const int scrollBar = list_->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    const ConnectLayout layout = connectLayout(static_cast<int>(names.size()), cell,
+                                               area.size() - QSize(frame + 24, frame + scrollBar + 64));
+    columns_ = layout.columns;
+    list_->setHorizontalScrollBarPolicy(layout.scrolls ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
+    list_->setFixedSize(layout.size.width() + frame, layout.size.height() + frame + (layout.scrolls ? scrollBar : 0));
     adjustSize();
     if (position >= 0 && position < list_->count()) {
         list_->setCurrentRow(position);
         list_->scrollToItem(list_->item(position));
     }
-    const QScreen* screen = parentWidget() ? parentWidget()->screen() : nullptr;
-    const QRect area = screen ? screen->availableGeometry() : QRect(0, 0, 1920, 1080);
     move(connectPopupPlace(panel, mainWindow, frameGeometry().size(), area));
     open();
 }

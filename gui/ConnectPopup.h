@@ -4,6 +4,7 @@
 // the list; Escape closes it without a choice. Window-modal, without a nested event loop.
 
 #include <QDialog>
+#include <QSize>
 #include <QStringList>
 
 class QListWidget;
@@ -12,8 +13,16 @@ namespace quillmer::gui {
 
 constexpr int kConnectRows = 24;
 
-// Columns of the list for `count` names: count / 24 + 1.
-constexpr int connectColumns(int count) { return count / kConnectRows + 1; }
+// How the list is laid out in `room` pixels: columns of 24 rows, or of as many as the room's
+// height takes on a short screen; the columns for the names; the list's size, no wider than
+// the room, which then scrolls sideways.
+struct ConnectLayout {
+    int rows = kConnectRows;
+    int columns = 1;
+    QSize size;
+    bool scrolls = false;
+};
+ConnectLayout connectLayout(int count, QSize cell, QSize room);
 
 // Where the list opens: right of the panel at its top. When that leaves the screen to the
 // right, a quarter of the main window's width from its left; to the bottom, half its height

@@ -41,10 +41,12 @@ struct CommandFace {
 };
 const CommandFace kCommands[] = {
     {"Move", "Move selected modules to target page"},
-    {"Delete", "Delete selected modules"},
+    {"Clear", "Clear/Restore selected modules"},
     {"Enable", "Enable selected modules"},
     {"Disable", "Disable selected modules"},
 };
+const QString kClear = QStringLiteral("Clear");
+const QString kShow = QStringLiteral("Show");
 }  // namespace
 
 QString ModuleMap::pageTitle(int page) {
@@ -113,6 +115,7 @@ void ModuleMap::resizeToBoxes() {
 }
 
 void ModuleMap::showModules(const std::vector<PlacedModule>& placed, int currentPage) {
+    if (clearedStep_ != 0) updateClearCaption();
     if (placed != shown_) {
         shown_ = placed;
         rebuild();
@@ -165,6 +168,10 @@ void ModuleMap::run(Command command) {
             setWindowTitle(kChooseTarget);
             return;
         case Delete:
+            if (restorable()) {
+                restoreCleared();
+                return;
+            }
             if (!dialogs_.confirm(kTitle, QStringLiteral("Confirm Delete Modules - Can Not Undo"))) return;
             applyToSelected(1, 0);
             return;
@@ -173,13 +180,45 @@ void ModuleMap::run(Command command) {
     }
 }
 
-void ModuleMap::applyToSelected(int action, int argument) {
-    held_ = selectedNames();
+// The clear button deletes the selection, as the question says; until anything else is
+// edited it reads "Show" and brings the cleared modules back, which the edit history allows.
+bool ModuleMap::restorable() {
+    auto held = session_.engine.lock();
+    return clearedStep_ != 0 && session_.history.undoSerial() == clearedStep_;
+}
+
+void ModuleMap::restoreCleared() {
+    std::string error;
     {
         auto held = session_.engine.lock();
-        for (const QString& name : held_) session_.engine.MapCommand(name.toStdString(), action, argument);
-        if (action == 1 || action == 0) session_.SetModified(true);
+        if (!session_.history.undo(error)) {
+            clearedStep_ = 0;
+            dialogs_.critical(kTitle, QString::fromStdString(error));
+        }
     }
+    clearedStep_ = 0;
+    updateClearCaption();
+    emit changed();
+}
+
+void ModuleMap::updateClearCaption() {
+    commands_[Delete]->setText(restorable() ? kShow : kClear);
+}
+
+void ModuleMap::applyToSelected(int action, int argument) {
+    held_ = selectedNames();
+    static const char* const kLabels[] = {"Move", "Clear", "Disable", "Enable"};
+    static const EditKind kKinds[] = {EditKind::Move, EditKind::Delete, EditKind::Setting, EditKind::Setting};
+    {
+        auto held = session_.engine.lock();
+        const auto a = static_cast<size_t>(action);
+        // One command is one step of the edit history.
+        session_.history.apply(kKinds[a], std::string(kLabels[a]) + " selected modules", {}, [&] {
+            for (const QString& name : held_) session_.engine.MapCommand(name.toStdString(), action, argument);
+        });
+        clearedStep_ = action == 1 ? session_.history.undoSerial() : 0;
+    }
+    updateClearCaption();
     emit changed();
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 // fModMap, the module map: one list per page, titled with its compass point and group, the
 // names of the modules on it below. The selected modules can be moved to a page clicked
-// next, deleted after a confirmation, enabled and disabled. The list of the page on show
+// next, cleared (deleted) after a confirmation and shown again right after, enabled and
+// disabled; each command is one step of the edit history. The list of the page on show
 // is highlighted; a click on a name goes to its page.
 
 #include <QDialog>
 #include <QStringList>
 #include <array>
+#include <cstdint>
 #include <vector>
 
 #include "engine/Constants.h"
@@ -56,6 +58,9 @@ private:
     void highlight(int page);
     void run(Command command);
     void applyToSelected(int action, int argument);
+    bool restorable();
+    void restoreCleared();
+    void updateClearCaption();
     QStringList selectedNames() const;
     void lineClicked(int page, QListWidgetItem* item);
     void resizeToBoxes();
@@ -71,6 +76,7 @@ private:
     QStringList held_;  // liHold: the selection across a rebuild
     int mapPage_ = -1;
     bool choosingTarget_ = false;
+    uint64_t clearedStep_ = 0;  // the edit step of the last clear, while "Show" may undo it
 };
 
 }  // namespace quillmer::gui

@@ -2,10 +2,13 @@
 
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QScreen>
 #include <QSettings>
+#include <cmath>
 
 #include "gui/FileCommands.h"
 #include "gui/MainWindow.h"
+#include "gui/OptionFlags.h"
 #include "gui/OptionsWindow.h"
 #include "gui/ProgramPaths.h"
 #include "gui/ProgramSettings.h"
@@ -27,6 +30,10 @@ Program::Program(TimerService& timers, const ModuleRegistry& registry, QSettings
       recent_(std::make_unique<RecentFiles>()),
       ownDialogs_(dialogs ? nullptr : std::make_unique<QtUserDialogs>(nullptr)),
       dialogs_(dialogs ? dialogs : ownDialogs_.get()) {
+    logicalDpi = [] {
+        const QScreen* screen = QGuiApplication::primaryScreen();
+        return screen ? screen->logicalDotsPerInch() : 96.0;
+    };
     {
         auto held = session_->engine.lock();
         session_->engine.ports.setProvider(provider);
@@ -83,10 +90,21 @@ void Program::start(const StartOptions& options) {
     if (!options.file.isEmpty() && QFileInfo(options.file).isFile()) main_->files().openFile(options.file);
     if (options.playSong) playSong();
     main_->refresh();
+    warnOfLargeFonts();
     {
         auto held = engine.lock();
         engine.ports.startingUp = false;
     }
+}
+
+void Program::warnOfLargeFonts() {
+    const double dpi = logicalDpi ? logicalDpi() : 96.0;
+    if (std::lround(dpi) == 96 || (settings_->sysFlags & sysflag::NoFontMsg)) return;
+    dialogs_->information(QStringLiteral("Quillmer"),
+                          QStringLiteral("Your display is set to a large or nonstandard font size.\n"
+                                         "Quillmer is graphics intensive and may not display properly at this setting.\n"
+                                         "For best graphics, set your display to small fonts and high (16 bit) color.\n"
+                                         "[To disable this message, check Options/Warning Off.]"));
 }
 
 void Program::playSong() {

@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QString>
 #include <QTimer>
+#include <functional>
 #include <memory>
 
 namespace quillmer {
@@ -50,6 +51,9 @@ public:
     ProgramSettings& settings() { return *settings_; }
     RecentFiles& recentFiles() { return *recent_; }
     bool exitDone() const { return exitDone_; }
+    // The display's logical dots per inch, read at the end of the start; anything but 96
+    // brings the font message unless the option turns it off.
+    std::function<double()> logicalDpi;
 
 signals:
     // Everything is closed; the event loop may end.
@@ -59,6 +63,7 @@ private:
     void openSavedPorts(bool noMidi);
     void writeSettings();
     void pollDrain();
+    void warnOfLargeFonts();
 
     QSettings& store_;
     std::unique_ptr<Session> session_;

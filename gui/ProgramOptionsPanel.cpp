@@ -77,12 +77,14 @@ QWidget* ProgramOptionsPanel::makeOptionBoxes() {
     add("chkResetModules", "Reset Modules", "Starting the clock makes modules resend their settings",
         option(&EngineOptions::resetModules));
     add("chkTrigs", "Triggers Off", "Check to inhibit TLoad, TStart, etc.", option(&EngineOptions::triggersOff));
-    add("chkPlayResets", "Play Resets", "Run resets the modules",
-        std::pair{std::function<bool()>([this] { return (settings_.sysFlags & sysflag::PlayResets) != 0; }),
-                  std::function<void(bool)>([this](bool on) {
-                      settings_.sysFlags = on ? settings_.sysFlags | sysflag::PlayResets
-                                              : settings_.sysFlags & ~sysflag::PlayResets;
-                  })});
+    // Bits of the program's settings that the engine doesn't hold.
+    const auto programFlag = [this](int bit) {
+        return std::pair{std::function<bool()>([this, bit] { return (settings_.sysFlags & bit) != 0; }),
+                         std::function<void(bool)>([this, bit](bool on) {
+                             settings_.sysFlags = on ? settings_.sysFlags | bit : settings_.sysFlags & ~bit;
+                         })};
+    };
+    add("chkPlayResets", "Play Resets", "Run resets the modules", programFlag(sysflag::PlayResets));
     add("chkXpTempo", "Extended Tempo", "Tempo up to 1000 rather than 254",
         std::pair{std::function<bool()>([&o] { return o.extendedTempo; }),
                   std::function<void(bool)>([this](bool on) { session_.engine.setExtendedTempo(on); })});
@@ -95,6 +97,8 @@ QWidget* ProgramOptionsPanel::makeOptionBoxes() {
                       session_.SetModified(true);
                   })});
     add("chkBankMSB", "Bank MSB", "A bank is Control Change 0 alone", option(&EngineOptions::bankMsb));
+    add("chkNoFontMsg", "Warning Off", "No message at start about a large or nonstandard font size",
+        programFlag(sysflag::NoFontMsg));
 
     auto* grid = new QGridLayout(group);
     for (size_t i = 0; i < boxes.size(); ++i) grid->addWidget(boxes[i], static_cast<int>(i / 4), static_cast<int>(i % 4));

@@ -90,6 +90,7 @@ bool EditHistory::commit() {
         return true;
     }
     pending_.after = std::move(after);
+    pending_.serial = nextSerial_++;
     steps_.push_back(std::move(pending_));
     pending_ = Step{};
     while (steps_.size() > limit_) steps_.pop_front();

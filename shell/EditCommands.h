@@ -64,6 +64,9 @@ public:
     std::string undoLabel() const { return canUndo() ? steps_[applied_ - 1].label : std::string(); }
     std::string redoLabel() const { return canRedo() ? steps_[applied_].label : std::string(); }
     EditKind undoKind() const { return steps_[applied_ - 1].kind; }
+    // A number that names the step undo would take back (0: none). Steps are numbered as
+    // they are kept, so a caller can tell whether its own step is still the last one.
+    uint64_t undoSerial() const { return canUndo() ? steps_[applied_ - 1].serial : 0; }
     bool undo(std::string& error);
     bool redo(std::string& error);
     // The next step starts afresh, whatever its gesture key.
@@ -78,11 +81,13 @@ private:
         EditKind kind;
         std::string label, gesture;
         PatchState before, after;
+        uint64_t serial = 0;
     };
     Session& session_;
     size_t limit_;
     std::deque<Step> steps_;
     size_t applied_ = 0;
+    uint64_t nextSerial_ = 1;
     bool sealed_ = true;
     bool open_ = false;
     Step pending_{};

@@ -15,6 +15,7 @@
 
 #include "app/quillmer/MidiDevices.h"
 #include "app/quillmer/Screenshots.h"
+#include "gui/SplashWindow.h"
 #include "gui/Look.h"
 #include "gui/MainWindow.h"
 #include "gui/Program.h"
@@ -158,6 +159,11 @@ int main(int argc, char* argv[]) {
             ? std::make_unique<QSettings>()
             : std::make_unique<QSettings>(scratch.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
 
+    // The splash shows while the devices are found and the patch loads.
+    auto splash = std::make_unique<gui::SplashWindow>(QStringLiteral(QUILLMER_VERSION));
+    splash->show();
+    QCoreApplication::processEvents();
+
     RealTimeTimerService timers;
     int status = 0;
     {
@@ -165,6 +171,7 @@ int main(int argc, char* argv[]) {
         gui::Program program(timers, builtTypes(), *store, devices.get());
         QObject::connect(&program, &gui::Program::finished, &app, &QCoreApplication::quit);
         program.start(args.start);
+        splash.reset();
         program.mainWindow().show();
         if (!args.screenshotDir.isEmpty()) takeScreenshotsLater(program, args.screenshotDir);
         status = app.exec();

@@ -3,6 +3,7 @@
 // window size and colours, undo and redo from the Edit menu, and the module palette.
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QCompleter>
 #include <QFile>
 #include <QLabel>
@@ -539,6 +540,28 @@ TEST(SnapshotEdits, TheBoxMarksChangedSettingsAndSaveOffersToStoreThem) {
     EXPECT_FALSE(mark->isEnabled());
     ASSERT_TRUE(h.window().files().fileSave());
     EXPECT_EQ(h.dialogs.saveQuestions.size(), 1u);
+}
+
+TEST(FirstStart, ALargeFontDisplayGetsTheMessageUntilTheOptionTurnsItOff) {
+    GuiHarness h;
+    EXPECT_TRUE(h.dialogs.informations.empty()) << "96 dots per inch is the standard size";
+
+    h.dpi = 120;
+    h.restart();
+    ASSERT_EQ(h.dialogs.informations.size(), 1u);
+    const QStringList lines = h.dialogs.informations[0].text.split(QLatin1Char('\n'));
+    ASSERT_EQ(lines.size(), 4);
+    EXPECT_EQ(lines[0], QStringLiteral("Your display is set to a large or nonstandard font size."));
+    EXPECT_EQ(lines[3], QStringLiteral("[To disable this message, check Options/Warning Off.]"));
+
+    auto* warningOff = h.program->optionsWindow().findChild<QCheckBox*>(QStringLiteral("chkNoFontMsg"));
+    ASSERT_NE(warningOff, nullptr);
+    EXPECT_EQ(warningOff->text(), QStringLiteral("Warning Off"));
+    warningOff->click();
+    ASSERT_TRUE(h.exitProgram()) << "the option is kept in the settings at exit";
+    h.dialogs.informations.clear();
+    h.restart();
+    EXPECT_TRUE(h.dialogs.informations.empty());
 }
 
 }  // namespace

@@ -100,6 +100,7 @@ struct GuiHarness {
 
     void start(gui::StartOptions options = noMidi(), MidiDeviceProvider* provider = nullptr) {
         program = std::make_unique<gui::Program>(timers, builtTypes(), store, provider, &dialogs);
+        program->logicalDpi = [this] { return dpi; };
         program->start(options);
         window().show();
         processEvents();
@@ -144,6 +145,7 @@ struct GuiHarness {
     VirtualTimerService timers;
     QSettings store;
     ScriptedDialogs dialogs;
+    double dpi = 96;  // the screen the program believes it has
     std::unique_ptr<gui::Program> program;
 };
 

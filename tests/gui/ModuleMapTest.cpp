@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QPushButton>
 
 #include "gui/ModuleMap.h"
 #include "tests/gui/PanelHarness.h"
@@ -99,11 +100,68 @@ TEST(ModuleMap, MoveDeleteEnableAndDisableTheSelection) {
     EXPECT_NE(module(h, "1Div-").Enabled, 0);
     EXPECT_NE(module(h, "3Div-").Enabled, 0);
 
+    EXPECT_EQ(map.commandButton(gui::ModuleMap::Delete)->text(), QStringLiteral("Clear"));
+    EXPECT_EQ(map.commandButton(gui::ModuleMap::Delete)->toolTip(), QStringLiteral("Clear/Restore selected modules"));
     h.dialogs.confirmAnswers = {true};
     map.commandButton(gui::ModuleMap::Delete)->click();
     EXPECT_EQ(h.moduleCount(), 1u);
     EXPECT_EQ(lines(map.pageList(5)), QStringList({"  East-2"}));
     EXPECT_EQ(lines(map.pageList(0)), QStringList({"  North-1", "2Div-"}));
+}
+
+TEST(ModuleMap, AClearedSelectionShowsAgainUntilAnotherEdit) {
+    GuiHarness h;
+    h.placeModule("Div");
+    h.placeModule("Div");
+    h.window().openModuleMap();
+    gui::ModuleMap& map = h.window().moduleMap();
+    QPushButton* clear = map.commandButton(gui::ModuleMap::Delete);
+
+    select(map, 0, {"2Div-"});
+    h.dialogs.confirmAnswers = {true};
+    clear->click();
+    h.window().refresh();
+    EXPECT_EQ(h.moduleCount(), 1u);
+    EXPECT_EQ(clear->text(), QStringLiteral("Show"));
+
+    clear->click();  // no question: it only brings back what was cleared
+    h.window().refresh();
+    EXPECT_EQ(h.dialogs.confirms.size(), 1u);
+    EXPECT_EQ(h.moduleCount(), 2u);
+    EXPECT_EQ(lines(map.pageList(0)), QStringList({"  North-1", "1Div-", "2Div-"}));
+    EXPECT_EQ(clear->text(), QStringLiteral("Clear"));
+
+    // After another edit the cleared modules are gone for the map; the button clears again.
+    select(map, 0, {"1Div-"});
+    h.dialogs.confirmAnswers = {true};
+    clear->click();
+    h.placeModule("Mult");
+    h.window().refresh();
+    EXPECT_EQ(clear->text(), QStringLiteral("Clear"));
+    h.dialogs.confirmAnswers = {false};
+    select(map, 0, {"2Div-"});
+    clear->click();
+    EXPECT_EQ(h.dialogs.confirms.size(), 3u) << "a clear asks again";
+    EXPECT_EQ(h.moduleCount(), 2u);
+}
+
+TEST(ModuleMap, EachCommandIsOneStepOfTheEditHistory) {
+    GuiHarness h;
+    h.placeModule("Div");
+    h.placeModule("Div");
+    h.window().openModuleMap();
+    gui::ModuleMap& map = h.window().moduleMap();
+    select(map, 0, {"1Div-", "2Div-"});
+    map.commandButton(gui::ModuleMap::Disable)->click();
+    EXPECT_EQ(module(h, "1Div-").Enabled, 0);
+    EXPECT_EQ(module(h, "2Div-").Enabled, 0);
+    std::string error;
+    {
+        auto held = h.engine().lock();
+        ASSERT_TRUE(h.session().history.undo(error)) << error;
+    }
+    EXPECT_NE(module(h, "1Div-").Enabled, 0) << "both come back with one undo";
+    EXPECT_NE(module(h, "2Div-").Enabled, 0);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Connecting inputs through the connection list, and what an input shows and reads once
 // its source is gone.
 
+#include "gui/ConnectPopup.h"
 #include "tests/gui/PanelHarness.h"
 
 namespace quillmer::testing {
@@ -86,6 +87,25 @@ TEST(Connect, LockedModulesNeitherConnectNorMove) {
     EXPECT_EQ(divide.pos(), at);
     runTicks(h);
     EXPECT_EQ(module(h, "1Div-").Left, leftBefore);
+}
+
+TEST(ConnectList, ColumnsOf24RowsShortenOnAShortScreenAndScrollWhenTooWide) {
+    const QSize cell(80, 16);
+    gui::ConnectLayout tall = gui::connectLayout(100, cell, QSize(1920, 1000));
+    EXPECT_EQ(tall.rows, 24);
+    EXPECT_EQ(tall.columns, 100 / 24 + 1);
+    EXPECT_EQ(tall.size, QSize(5 * 80, 24 * 16));
+    EXPECT_FALSE(tall.scrolls);
+
+    gui::ConnectLayout shortScreen = gui::connectLayout(100, cell, QSize(1920, 200));
+    EXPECT_EQ(shortScreen.rows, 12) << "200 pixels hold 12 rows of 16";
+    EXPECT_EQ(shortScreen.columns, 100 / 12 + 1);
+    EXPECT_LE(shortScreen.size.height(), 200);
+
+    gui::ConnectLayout narrow = gui::connectLayout(2000, cell, QSize(1000, 400));
+    EXPECT_TRUE(narrow.scrolls);
+    EXPECT_EQ(narrow.size.width(), 960) << "whole columns only";
+    EXPECT_EQ(gui::connectLayout(5, cell, QSize(10, 5)).rows, 1) << "never fewer than one row";
 }
 
 }  // namespace
