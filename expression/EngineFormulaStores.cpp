@@ -4,8 +4,19 @@
 
 #include "engine/Durations.h"
 #include "engine/OutputBus.h"
+#include "expression/FormulaPanels.h"
 
 namespace quillmer {
+
+namespace {
+// The module of a type with the number `mid` in its name, when it shows that face.
+template <class Face>
+Face* numbered(Engine& engine, std::string_view type, int mid) {
+    if (mid < 1) return nullptr;
+    Module* m = engine.typeSlot(*typeIdByName(type)).at(static_cast<int16_t>(mid - 1));
+    return m != nullptr && m->Active != 0 ? dynamic_cast<Face*>(m) : nullptr;
+}
+}  // namespace
 
 void EngineFormulaStores::attach(FormulaRuntime& runtime) {
     runtime_ = &runtime;
@@ -49,6 +60,29 @@ void EngineFormulaStores::setFormulaTimer(int kind, int n, int ms) {
 void EngineFormulaStores::sendMidi(int port, uint8_t status, uint8_t data1, uint8_t data2) {
     if (port < 0 || port >= kPortCount) return;
     engine_.ports.SendMIDI(port, status, data1, data2);
+}
+
+int EngineFormulaStores::mouse(int mid, int reading) {
+    const FormulaPad* pad = numbered<FormulaPad>(engine_, "Mousexy", mid);
+    return pad ? pad->padReading(reading) : 0;
+}
+
+bool EngineFormulaStores::readPixel(int mid, int x, int y, uint32_t& colour) {
+    const FormulaPicture* picture = numbered<FormulaPicture>(engine_, "Image", mid);
+    if (picture) colour = picture->colourAt(x, y);
+    return picture != nullptr;
+}
+
+bool EngineFormulaStores::writePixel(int mid, int x, int y, uint32_t colour) {
+    FormulaPicture* picture = numbered<FormulaPicture>(engine_, "Image", mid);
+    if (picture) picture->paint(x, y, colour);
+    return picture != nullptr;
+}
+
+bool EngineFormulaStores::fillPicture(int mid, uint32_t colour) {
+    FormulaPicture* picture = numbered<FormulaPicture>(engine_, "Image", mid);
+    if (picture) picture->paintAll(colour);
+    return picture != nullptr;
 }
 
 }  // namespace quillmer

@@ -2,8 +2,9 @@
 // The formula functions' doors wired to an engine: the bus, the transport, the duration
 // counters, MIDI out and the MIDI input tables, the options' absolute clocks, the formula
 // timers on the engine's timer service, and the engine's random generator for RND.
-// The general tables are the engine's; stores it doesn't hold yet (matrix grids, Sfile data,
-// panels) keep answering 0.
+// The general tables are the engine's; the pictures of Image modules and the readings of
+// mouse pads are reached by their numbers. Stores it doesn't hold yet (matrix grids, Sfile
+// data, slider panels) keep answering 0.
 
 #include <array>
 
@@ -29,6 +30,10 @@ public:
     MidiInputTables* midiInput() override { return &engine_.ports.in; }
     int tableStep(int table, int step) override { return engine_.generalTableStep(table, step); }
     void writeTableStep(int table, int step, int value) override { engine_.writeGeneralTableStep(table, step, value); }
+    int mouse(int mid, int reading) override;
+    bool readPixel(int mid, int x, int y, uint32_t& colour) override;
+    bool writePixel(int mid, int x, int y, uint32_t colour) override;
+    bool fillPicture(int mid, uint32_t colour) override;
 
 private:
     Engine& engine_;

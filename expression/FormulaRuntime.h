@@ -18,7 +18,8 @@
 //   RPix(mid, x, y)    a pixel's colour, 0 outside or before the first touch
 //   RGB(r, g, b)       r + g * 256 + b * 65536, each cut to 0..255
 //   InfoPix(mid, x, y) 1 when (x, y) lies in the picture, else 0
-// Colours are 24-bit numbers in that order (pRed, pGreen and pBlue take them apart).
+// Colours are 24-bit numbers in that order (pRed, pGreen and pBlue take them apart). Where
+// the stores have a picture of that number (an Image module), the functions draw there.
 
 #include <array>
 #include <cstdint>

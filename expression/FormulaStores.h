@@ -68,6 +68,11 @@ public:
 
     // Panels: mouse pads and slider banks.
     virtual int mouse(int /*mid*/, int /*reading*/) { return 0; }
+    // Pictures of the image modules by number, colours as 24-bit numbers. False: no such
+    // picture here, and the pixel functions keep a picture of their own under that number.
+    virtual bool readPixel(int /*mid*/, int /*x*/, int /*y*/, uint32_t& /*colour*/) { return false; }
+    virtual bool writePixel(int /*mid*/, int /*x*/, int /*y*/, uint32_t /*colour*/) { return false; }
+    virtual bool fillPicture(int /*mid*/, uint32_t /*colour*/) { return false; }
     virtual double slider(int /*mid*/, int /*num*/) { return 0; }
     virtual void putSlider(int /*mid*/, int /*num*/, double /*value*/) {}
     virtual void sliderRange(int /*mid*/, int /*num*/, double /*range*/, double /*offset*/) {}

@@ -416,13 +416,18 @@ const Definition kPixels[] = {
      [](const Args& a) {
          Picture* p = picture(a, a[1]);
          if (p == nullptr) return 0.0;
-         std::fill(p->pixels.begin(), p->pixels.end(), p->pen);
-         ++p->changes;
+         if (!rt(a).stores().fillPicture(cut(a[1], 0, 127), p->pen)) {
+             std::fill(p->pixels.begin(), p->pixels.end(), p->pen);
+             ++p->changes;
+         }
          return 1.0;
      }},
     {"RPix(mid,x,y)",
      [](const Args& a) {
          if (!inRange(a[1], 0, 127) || !inside(a[2], a[3])) return 0.0;
+         uint32_t c = 0;
+         if (rt(a).stores().readPixel(cut(a[1], 0, 127), cut(a[2], 0, 127), cut(a[3], 0, 127), c))
+             return static_cast<double>(c);
          const Picture& p = st(a).pictures[static_cast<size_t>(cut(a[1], 0, 127))];
          return p.pixels.empty() ? 0.0 : static_cast<double>(p.pixels[at(a[2], a[3])]);
      }},
@@ -432,8 +437,10 @@ const Definition kPixels[] = {
          Picture* p = picture(a, a[1]);
          if (p == nullptr) return 0.0;
          const uint32_t c = a[4] < 0 ? p->pen : colour(a[4]);
-         p->pixels[at(a[2], a[3])] = c;
-         ++p->changes;
+         if (!rt(a).stores().writePixel(cut(a[1], 0, 127), cut(a[2], 0, 127), cut(a[3], 0, 127), c)) {
+             p->pixels[at(a[2], a[3])] = c;
+             ++p->changes;
+         }
          return static_cast<double>(c);
      }},
     {"RGB(r,g,b)",

@@ -6,6 +6,7 @@
 #include "gui/ChannelDialog.h"
 #include "gui/FillDialog.h"
 #include "gui/PageTableEditor.h"
+#include "gui/PanelWindows.h"
 #include "gui/TableDialogs.h"
 #include "gui/ConnectPopup.h"
 #include "gui/ModuleStatusDialog.h"
@@ -385,6 +386,25 @@ void PanelBoard::askDialog(PanelFrame* frame, int control) {
             table = c.read ? c.read(*m).number & 127 : 0;
         }
         emit tableEditorWanted(c.dialog, table);
+        return;
+    }
+    if (c.dialog == Dialog::ControlSliders || c.dialog == Dialog::PixelWindow) {
+        PanelModuleFinder find = [this, module = slot->module, type = slot->type, index = slot->index] {
+            return live(session_.engine, module, type, index);
+        };
+        if (c.dialog == Dialog::ControlSliders)
+            toggleControlSliders(session_.engine, std::move(find), mainWindow_);
+        else
+            openPixelWindow(session_.engine, std::move(find), mainWindow_);
+        return;
+    }
+    if (c.dialog == Dialog::PictureFile) {
+        Gesture g;
+        g.kind = Gesture::Kind::Text;
+        g.text = dialogs_.openFileName(QStringLiteral("Select Picture"), QString(),
+                                       QStringLiteral("Pictures (*.png *.jpg *.jpeg *.bmp *.gif)"))
+                     .toStdString();
+        if (!g.text.empty()) forward(frame, control, g);
         return;
     }
     if (c.dialog == Dialog::ChainFile) {

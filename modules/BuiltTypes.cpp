@@ -5,7 +5,14 @@
 #include "modules/midi/MidiInputs.h"
 #include "modules/midi/NoteOutputs.h"
 #include "modules/midi/NoteValues.h"
+#include "modules/panels/Ball.h"
 #include "modules/panels/Chain.h"
+#include "modules/panels/CtrlOut32.h"
+#include "modules/panels/InfoBoxes.h"
+#include "modules/panels/Meter.h"
+#include "modules/panels/MousePad.h"
+#include "modules/panels/Picture.h"
+#include "modules/panels/ValueControls.h"
 #include "modules/processors/Arithmetic.h"
 #include "modules/processors/Bitwise.h"
 #include "modules/processors/Events.h"
@@ -125,6 +132,24 @@ void registerBuiltTypes(ModuleRegistry& registry) {
     registry.add<Keybd>("Keybd");
     registry.add<MIDIFile>("MIDIFile");
     registry.add<MIDIFileSlave>("MIDIFileSlave");
+    registry.add<Value>("Value");
+    registry.add<Number>("Number");
+    registry.add<Bar>("Bar");
+    registry.add<VBar>("VBar");
+    registry.add<Button>("Button");
+    registry.add<Strobe>("Strobe");
+    registry.add<Meter>("Meter");
+    registry.add<CtrlOut32>("CtrlOut32");
+    registry.add<Ball>("Ball");
+    registry.add<BallCtrl>("BallCtrl");
+    registry.add<Mousexy>("Mousexy");
+    registry.add<MouseOut>("MouseOut");
+    registry.add<Info>("Info");
+    registry.add<InfoPic>("InfoPic");
+    registry.add<InfoButton>("InfoButton");
+    registry.add<InfoButPic>("InfoButPic");
+    registry.add<Image>("Image");
+    registry.add<ImgOut>("ImgOut");
 }
 
 const ModuleRegistry& builtTypes() {

@@ -20,6 +20,7 @@
 #include "gui/panels/StatusIcon.h"
 #include "gui/panels/sequencers/TableViews.h"
 #include "gui/panels/midi/KeyboardPicture.h"
+#include "gui/panels/panels/DrawnView.h"
 #include "modules/sequencers/Steps.h"
 
 namespace quillmer::gui {
@@ -353,6 +354,12 @@ QWidget* PanelFrame::makeControl(int index, const ControlSpec& c) {
             w = keys;
             break;
         }
+        case ControlKind::Drawn: {
+            auto* view = new DrawnView(c.paint, this);
+            connect(view, &DrawnView::gesture, this, [this, index](const Gesture& g) { emit gesture(index, g); });
+            w = view;
+            break;
+        }
         case ControlKind::Lamp:
         case ControlKind::StageRow: break;
     }
@@ -467,7 +474,7 @@ void PanelFrame::showControl(int index, const Shown& was, const Shown& now, bool
             break;
         case ControlKind::EditBox: {
             auto* edit = static_cast<QLineEdit*>(control.widget);
-            if (!beingEdited(edit)) edit->setText(QString::number(now.number));
+            if (!beingEdited(edit)) edit->setText(c.textual ? QString::fromStdString(now.text) : QString::number(now.number));
             break;
         }
         case ControlKind::Choice: {
@@ -501,6 +508,7 @@ void PanelFrame::showControl(int index, const Shown& was, const Shown& now, bool
         case ControlKind::StageRow: showStages(control, now); break;
         case ControlKind::Bars: static_cast<BarsView*>(control.widget)->show(now); break;
         case ControlKind::Knob: static_cast<KnobView*>(control.widget)->setValue(now.number); break;
+        case ControlKind::Drawn: static_cast<DrawnView*>(control.widget)->show(now); break;
     }
 }
 

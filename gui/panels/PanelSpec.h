@@ -7,6 +7,7 @@
 // Readers run with the engine lock held and only copy; editors run with the lock held and
 // only forward to the module or the engine.
 
+#include <QRect>
 #include <QString>
 #include <functional>
 #include <string>
@@ -19,6 +20,8 @@ namespace quillmer {
 class Engine;
 class Module;
 }  // namespace quillmer
+
+class QPainter;
 
 namespace quillmer::gui {
 
@@ -77,6 +80,8 @@ enum class ControlKind {
     Bars,      // the bars of a slide table, drawn and painted with the mouse
     Knob,      // a knob turned by the angle of the pointer (iKnob)
     Slider,    // a position from minimum to maximum (slCurrent)
+    Drawn,     // drawn by the description's painter (pads, meters, pictures); gestures carry
+               // the point in pixels, the view's width in number and height in item
     Keyboard,  // Keybd's keys: a gesture's text is "down", "drag" or "up", item and number
                // the point's x and y in ten-thousandths of the picture
 };
@@ -84,10 +89,14 @@ enum class ControlKind {
 // Buttons whose gesture needs a question first; the panel board asks it. TableBank and
 // ToneTable open the general-table and tuning editors on the table number the button's
 // reader gives (Shown::number).
-enum class Dialog { None, Channel, ChainFile, Fill, PageTable, MfxFile, TableBank, ToneTable };
+// ControlSliders and PixelWindow open the floating windows of CtrlOut32 and Image;
+// PictureFile asks for a picture file and forwards its path as text.
+enum class Dialog { None, Channel, ChainFile, Fill, PageTable, MfxFile, TableBank, ToneTable, ControlSliders, PixelWindow, PictureFile };
 
 using Reader = std::function<Shown(const Module&)>;
 using Editor = std::function<void(Module&, Engine&, const Gesture&)>;
+// Draws a Drawn control from what its reader copied (no lock held).
+using Painter = std::function<void(QPainter&, const QRect&, const Shown&)>;
 
 struct ControlSpec {
     ControlKind kind = ControlKind::ValueBox;
@@ -97,6 +106,7 @@ struct ControlSpec {
     int widthTwips = 900;
     Reader read;             // null: nothing changes on it
     Editor edit;             // null: read only
+    Painter paint;           // a Drawn control's picture
     Dialog dialog = Dialog::None;
     std::vector<QString> choices;
     bool itemsFromModule = false;  // a menu whose rows the reader gives (Shown::items)
@@ -111,7 +121,7 @@ struct ControlSpec {
     bool enabled = true;
     bool newRow = false;     // starts a new row of controls
     bool enableColours = false;  // a switch green while out, red while in (opEnable)
-    bool textual = false;        // a value box that shows text, not a number
+    bool textual = false;        // a value box or an edit box that shows text, not a number
     // Where it lies: in the rows below the inputs, at the right end of the title row (the
     // output box, lamps always), or on the inputs' first line after the last button.
     enum class Place { Rows, Title, BesideInputs } place = Place::Rows;
@@ -171,5 +181,6 @@ void addNoteOutputPanels(const PanelAdder& add);
 void addNoteValuePanels(const PanelAdder& add);
 void addChainPanel(const PanelAdder& add);
 void addMidiInputPanels(const PanelAdder& add);
+void addDisplayPanels(const PanelAdder& add);
 
 }  // namespace quillmer::gui
