@@ -1,5 +1,6 @@
 #include "expression/EngineFormulaStores.h"
 
+#include <optional>
 #include <string>
 
 #include "engine/Durations.h"
@@ -49,6 +50,27 @@ void EngineFormulaStores::setFormulaTimer(int kind, int n, int ms) {
 void EngineFormulaStores::sendMidi(int port, uint8_t status, uint8_t data1, uint8_t data2) {
     if (port < 0 || port >= kPortCount) return;
     engine_.ports.SendMIDI(port, status, data1, data2);
+}
+
+StepData* EngineFormulaStores::fileData(int mid) {
+    static const std::optional<ModuleTypeId> type = typeIdByName("Sfile");
+    if (!type) return nullptr;
+    Module* m = engine_.typeSlot(*type).at(static_cast<int16_t>(mid));
+    return m != nullptr && m->Active != 0 ? dynamic_cast<StepData*>(m) : nullptr;
+}
+
+int EngineFormulaStores::fileStep(int mid, int step) {
+    StepData* data = fileData(mid);
+    return data != nullptr ? data->dataStep(step) : 0;
+}
+
+void EngineFormulaStores::writeFileStep(int mid, int step, int value) {
+    if (StepData* data = fileData(mid)) data->writeDataStep(step, value);
+}
+
+int EngineFormulaStores::fileChanged(int mid) {
+    StepData* data = fileData(mid);
+    return data != nullptr ? data->takeDataChanged() : 0;
 }
 
 }  // namespace quillmer

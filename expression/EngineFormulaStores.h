@@ -2,12 +2,13 @@
 // The formula functions' doors wired to an engine: the bus, the transport, the duration
 // counters, MIDI out and the MIDI input tables, the options' absolute clocks, the formula
 // timers on the engine's timer service, and the engine's random generator for RND.
-// The general tables are the engine's; stores it doesn't hold yet (matrix grids, Sfile data,
-// panels) keep answering 0.
+// The general tables are the engine's; stores it doesn't hold yet (matrix grids,
+// panels) keep answering 0. Sfile data is reached by the module's instance index.
 
 #include <array>
 
 #include "engine/Engine.h"
+#include "engine/StepData.h"
 #include "expression/FormulaRuntime.h"
 #include "expression/FormulaStores.h"
 
@@ -29,8 +30,13 @@ public:
     MidiInputTables* midiInput() override { return &engine_.ports.in; }
     int tableStep(int table, int step) override { return engine_.generalTableStep(table, step); }
     void writeTableStep(int table, int step, int value) override { engine_.writeGeneralTableStep(table, step, value); }
+    int fileStep(int mid, int step) override;
+    void writeFileStep(int mid, int step, int value) override;
+    int fileChanged(int mid) override;
 
 private:
+    StepData* fileData(int mid);  // the Sfile module of instance index `mid`
+
     Engine& engine_;
     FormulaRuntime* runtime_ = nullptr;
     std::array<TimerId, 10> aclockTimers_{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1};

@@ -1,6 +1,9 @@
 #include "modules/BuiltTypes.h"
 
 #include "modules/midi/ChannelOutputs.h"
+#include "modules/midi/ControllerOutput.h"
+#include "modules/midi/Links.h"
+#include "modules/midi/SysExOutputs.h"
 #include "modules/midi/MidiFilePlayers.h"
 #include "modules/midi/MidiInputs.h"
 #include "modules/midi/NoteOutputs.h"
@@ -16,6 +19,7 @@
 #include "modules/sequencers/Clocks.h"
 #include "modules/sequencers/Pages.h"
 #include "modules/sequencers/Runs.h"
+#include "modules/sequencers/Sfile.h"
 #include "modules/sequencers/Slides.h"
 #include "modules/sequencers/Steps.h"
 
@@ -125,6 +129,11 @@ void registerBuiltTypes(ModuleRegistry& registry) {
     registry.add<Keybd>("Keybd");
     registry.add<MIDIFile>("MIDIFile");
     registry.add<MIDIFileSlave>("MIDIFileSlave");
+    registry.add<MIDICtrl>("MIDICtrl");
+    registry.add<SysEx>("SysEx");
+    registry.add<SysExFile>("SysExFile");
+    registry.add<Sfile>("Sfile");
+    registry.add<IPLink>("IPLink");
 }
 
 const ModuleRegistry& builtTypes() {
