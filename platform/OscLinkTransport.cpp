@@ -7,7 +7,10 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
+#include <string>
 #include <atomic>
 #include <cmath>
 #include <cstring>
@@ -142,18 +145,18 @@ private:
 
     void run() {
         std::vector<uint8_t> packet(65536);
-        const int socket = server_ != nullptr ? lo_server_get_socket_fd(server_) : -1;
+        const int fd = server_ != nullptr ? lo_server_get_socket_fd(server_) : -1;
         while (!stop_) {
-            std::array<pollfd, 2> fds{pollfd{wake_, POLLIN, 0}, pollfd{socket, POLLIN, 0}};
-            if (poll(fds.data(), socket >= 0 ? 2 : 1, -1) < 0 && errno != EINTR) break;
+            std::array<pollfd, 2> fds{pollfd{wake_, POLLIN, 0}, pollfd{fd, POLLIN, 0}};
+            if (poll(fds.data(), fd >= 0 ? 2 : 1, -1) < 0 && errno != EINTR) break;
             if (fds[0].revents & POLLIN) {
                 uint64_t count = 0;
                 [[maybe_unused]] const ssize_t n = ::read(wake_, &count, sizeof count);
             }
             sendQueued();
-            if (socket >= 0 && (fds[1].revents & POLLIN)) {
+            if (fd >= 0 && (fds[1].revents & POLLIN)) {
                 for (;;) {
-                    const ssize_t n = ::recv(socket, packet.data(), packet.size(), MSG_DONTWAIT);
+                    const ssize_t n = ::recv(fd, packet.data(), packet.size(), MSG_DONTWAIT);
                     if (n < 0) break;
                     takePacket(packet.data(), static_cast<size_t>(n));
                 }

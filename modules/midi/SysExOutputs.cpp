@@ -76,8 +76,8 @@ SysEx::SysEx() : Module(*typeIdByName("SysEx"), kInputs) {}
 
 int SysEx::port(const Engine& engine) const { return engine.generalTableStep(table(), sysextable::Port) & 3; }
 
-void SysEx::setPort(Engine& engine, int port) {
-    engine.writeGeneralTableStep(table(), sysextable::Port, port & 3);
+void SysEx::setPort(Engine& engine, int number) {
+    engine.writeGeneralTableStep(table(), sysextable::Port, number & 3);
     refreshShown(engine);
 }
 

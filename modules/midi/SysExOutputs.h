@@ -48,7 +48,7 @@ public:
     // False with `error` (and the table unchanged) when it doesn't read as a message.
     bool setMessageText(Engine& engine, const std::string& text, std::string& error);
     int port(const Engine& engine) const;
-    void setPort(Engine& engine, int port);
+    void setPort(Engine& engine, int number);
     int table() const { return in(1); }
     int messagesSent = 0;
     // What the panel shows, brought up to date by each update when the table changed.

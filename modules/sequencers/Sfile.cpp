@@ -20,6 +20,17 @@ void Sfile::setData(std::vector<uint8_t> values) {
 }
 
 bool Sfile::loadFile(const std::string& path, std::string& error) {
+    if (!readSteps(path, error)) {
+        problem = error;
+        viewChanged = true;
+        return false;
+    }
+    problem.clear();
+    source = path;
+    return true;
+}
+
+bool Sfile::readSteps(const std::string& path, std::string& error) {
     std::vector<uint8_t> bytes;
     std::string reason;
     if (!readRegularFile(path, kMaxSteps + 1, bytes, reason)) {
@@ -35,7 +46,6 @@ bool Sfile::loadFile(const std::string& path, std::string& error) {
         return false;
     }
     setData(std::move(bytes));
-    source = path;
     return true;
 }
 

@@ -31,7 +31,8 @@ public:
     // Reads a file of raw bytes, one step each, every byte AND 127. An empty, too long or
     // unreadable file leaves the data as it was and returns false with `error` naming it.
     bool loadFile(const std::string& path, std::string& error);
-    std::string source;  // the file last read, for the panel
+    std::string source;   // the file last read, for the panel
+    std::string problem;  // why the last file chosen wasn't read; empty after a good read
     int currentStep() const { return step_; }
 
     int dataStep(int step) const override;
@@ -45,6 +46,7 @@ public:
     void update(Engine& engine) override;
 
 private:
+    bool readSteps(const std::string& path, std::string& error);
     std::vector<uint8_t> data_;
     std::vector<uint8_t> arrayHead_;       // an unusual array head, kept as read
     std::array<uint8_t, 4> headSpare_{};  // the head's four further bytes, kept as read

@@ -1,6 +1,8 @@
 // The MIDI side modules: a controller sent on change, a SysEx message built from a table
 // and a bus value, a .syx file sent on a strobe; their records as the file keeps them.
 
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -59,7 +61,7 @@ void expectLayoutFits(const Module& m, const Bytes& bodyBytes) {
     whole.raw(bodyBytes);
     ByteReader in(whole.bytes());
     skipRecord(in, parseLayout(fileSlotOf(m.type()).layout));
-    EXPECT_EQ(in.remaining(), 0u) << m.info().name;
+    EXPECT_EQ(in.remaining(), 0u) << m.info().type;
 }
 
 }  // namespace
@@ -119,6 +121,7 @@ TEST(MIDICtrl, RecordKeepsEverySnapshotAndOddBytes) {
 TEST(SysEx, TypedMessageGoesToTheTableAndOutOnEachRisingStrobe) {
     SendingHarness h;
     auto& sx = static_cast<SysEx&>(h.add("SysEx"));
+    h.set(sx, 0, 127);
     h.set(sx, 1, 5);  // table 5
     h.set(sx, 2, 99);
     h.ticks(1);
@@ -127,9 +130,10 @@ TEST(SysEx, TypedMessageGoesToTheTableAndOutOnEachRisingStrobe) {
     EXPECT_EQ(sx.messageText(*h.engine), "F0 43 10 4C 02 01 00 v F7");
     EXPECT_EQ(h.engine->generalTableStep(5, sysextable::Length), 7);
     sx.setPort(*h.engine, 1);
-    h.set(sx, 0, 127);
     h.ticks(2);
     EXPECT_TRUE(h.take(1).empty()) << "a strobe already high when placed sends nothing";
+    EXPECT_EQ(sx.shownMessage, "F0 43 10 4C 02 01 00 v F7");
+    EXPECT_EQ(sx.shownPort, 1);
     h.edge(sx, 0);
     h.ticks(3);
     EXPECT_EQ(h.take(1), (std::vector<Bytes>{{0xF0, 0x43, 0x10, 0x4C, 0x02, 0x01, 0x00, 99, 0xF7}})) << "once per edge";

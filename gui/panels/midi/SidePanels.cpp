@@ -148,15 +148,11 @@ PanelSpec sequencerFilePanel() {
                                        QStringLiteral("Sequencer Files (*.seq);;All Files (*)"),
                                        [](Module& m, Engine& e, const Gesture& g) {
                                            std::string error;
-                                           auto& f = as<Sfile>(m);
-                                           if (f.loadFile(g.text, error))
-                                               e.MarkPatchChanged(true);
-                                           else
-                                               f.source = error;
-                                           m.viewChanged = true;
+                                           if (as<Sfile>(m).loadFile(g.text, error)) e.MarkPatchChanged(true);
                                        }));
     spec.controls.push_back(caption("lblSteps", [](const Module& m) {
         const auto& f = as<Sfile>(m);
+        if (!f.problem.empty()) return Shown::ofText(f.problem);
         std::string text = std::to_string(f.data().size()) + " steps, at " + std::to_string(f.currentStep());
         if (!f.source.empty()) text += " — " + baseName(f.source);
         return Shown::ofText(text);
