@@ -151,6 +151,10 @@ public:
     // layout gives the type.
     virtual void writeFields(ByteWriter& /*out*/) const {}
     virtual void readFields(ByteReader& /*in*/) {}
+    // Bytes a layout keeps between the head's Left and Name (one whose leading raw block is
+    // longer than the head).
+    virtual void writeHeadTail(ByteWriter& /*out*/) const {}
+    virtual void readHeadTail(ByteReader& /*in*/) {}
 
 protected:
     // Called when the instance is placed or loaded, before its first update.

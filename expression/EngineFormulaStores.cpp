@@ -1,5 +1,6 @@
 #include "expression/EngineFormulaStores.h"
 
+#include <optional>
 #include <string>
 
 #include "engine/Durations.h"
@@ -83,6 +84,27 @@ bool EngineFormulaStores::fillPicture(int mid, uint32_t colour) {
     FormulaPicture* picture = numbered<FormulaPicture>(engine_, "Image", mid);
     if (picture) picture->paintAll(colour);
     return picture != nullptr;
+}
+
+StepData* EngineFormulaStores::fileData(int mid) {
+    static const std::optional<ModuleTypeId> type = typeIdByName("Sfile");
+    if (!type) return nullptr;
+    Module* m = engine_.typeSlot(*type).at(static_cast<int16_t>(mid));
+    return m != nullptr && m->Active != 0 ? dynamic_cast<StepData*>(m) : nullptr;
+}
+
+int EngineFormulaStores::fileStep(int mid, int step) {
+    StepData* data = fileData(mid);
+    return data != nullptr ? data->dataStep(step) : 0;
+}
+
+void EngineFormulaStores::writeFileStep(int mid, int step, int value) {
+    if (StepData* data = fileData(mid)) data->writeDataStep(step, value);
+}
+
+int EngineFormulaStores::fileChanged(int mid) {
+    StepData* data = fileData(mid);
+    return data != nullptr ? data->takeDataChanged() : 0;
 }
 
 }  // namespace quillmer

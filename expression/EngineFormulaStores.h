@@ -3,12 +3,13 @@
 // counters, MIDI out and the MIDI input tables, the options' absolute clocks, the formula
 // timers on the engine's timer service, and the engine's random generator for RND.
 // The general tables are the engine's; the pictures of Image modules and the readings of
-// mouse pads are reached by their numbers. Stores it doesn't hold yet (matrix grids, Sfile
-// data, slider panels) keep answering 0.
+// mouse pads are reached by their numbers, Sfile data by the module's instance index.
+// Stores it doesn't hold yet keep answering 0.
 
 #include <array>
 
 #include "engine/Engine.h"
+#include "engine/StepData.h"
 #include "expression/FormulaRuntime.h"
 #include "expression/FormulaStores.h"
 
@@ -34,8 +35,13 @@ public:
     bool readPixel(int mid, int x, int y, uint32_t& colour) override;
     bool writePixel(int mid, int x, int y, uint32_t colour) override;
     bool fillPicture(int mid, uint32_t colour) override;
+    int fileStep(int mid, int step) override;
+    void writeFileStep(int mid, int step, int value) override;
+    int fileChanged(int mid) override;
 
 private:
+    StepData* fileData(int mid);  // the Sfile module of instance index `mid`
+
     Engine& engine_;
     FormulaRuntime* runtime_ = nullptr;
     std::array<TimerId, 10> aclockTimers_{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1};

@@ -420,6 +420,13 @@ void PanelBoard::askDialog(PanelFrame* frame, int control) {
         forward(frame, control, g);
         return;
     }
+    if (c.dialog == Dialog::OpenFile) {
+        Gesture g;
+        g.kind = Gesture::Kind::Text;
+        g.text = dialogs_.openFileName(c.choices.at(0), QString(), c.choices.at(1)).toStdString();
+        if (!g.text.empty()) forward(frame, control, g);
+        return;
+    }
     if (c.dialog == Dialog::MfxFile) {
         Gesture g;
         g.kind = Gesture::Kind::Text;

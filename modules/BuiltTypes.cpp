@@ -1,6 +1,9 @@
 #include "modules/BuiltTypes.h"
 
 #include "modules/midi/ChannelOutputs.h"
+#include "modules/midi/ControllerOutput.h"
+#include "modules/midi/Links.h"
+#include "modules/midi/SysExOutputs.h"
 #include "modules/midi/MidiFilePlayers.h"
 #include "modules/midi/MidiInputs.h"
 #include "modules/midi/NoteOutputs.h"
@@ -23,6 +26,7 @@
 #include "modules/sequencers/Clocks.h"
 #include "modules/sequencers/Pages.h"
 #include "modules/sequencers/Runs.h"
+#include "modules/sequencers/Sfile.h"
 #include "modules/sequencers/Slides.h"
 #include "modules/sequencers/Steps.h"
 
@@ -150,6 +154,11 @@ void registerBuiltTypes(ModuleRegistry& registry) {
     registry.add<InfoButPic>("InfoButPic");
     registry.add<Image>("Image");
     registry.add<ImgOut>("ImgOut");
+    registry.add<MIDICtrl>("MIDICtrl");
+    registry.add<SysEx>("SysEx");
+    registry.add<SysExFile>("SysExFile");
+    registry.add<Sfile>("Sfile");
+    registry.add<IPLink>("IPLink");
 }
 
 const ModuleRegistry& builtTypes() {

@@ -30,6 +30,7 @@ void writeHead(ByteWriter& out, const Module& m) {
     out.i16(m.Page);
     out.i32(m.Top);
     out.i32(m.Left);
+    m.writeHeadTail(out);
     out.str(m.Name);
 }
 
@@ -41,6 +42,7 @@ void readHead(ByteReader& in, Module& m) {
     m.Page = in.i16();
     m.Top = in.i32();
     m.Left = in.i32();
+    m.readHeadTail(in);
     m.Name = in.str();
 }
 

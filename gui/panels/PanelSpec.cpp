@@ -33,6 +33,7 @@ public:
         addChainPanel(add);
         addMidiInputPanels(add);
         addDisplayPanels(add);
+        addSidePanels(add);
         placeholder_.placeholder = true;
         placeholder_.controls.push_back(caption("lblNotYet", [](const Module&) { return Shown::ofText("Doesn't run yet"); }));
         placeholder_.controls.back().tip = text(Module::kPlaceholderNote);

@@ -91,7 +91,11 @@ enum class ControlKind {
 // reader gives (Shown::number).
 // ControlSliders and PixelWindow open the floating windows of CtrlOut32 and Image;
 // PictureFile asks for a picture file and forwards its path as text.
-enum class Dialog { None, Channel, ChainFile, Fill, PageTable, MfxFile, TableBank, ToneTable, ControlSliders, PixelWindow, PictureFile };
+// OpenFile asks for a file to read, with the title and filter in the control's choices.
+enum class Dialog {
+    None, Channel, ChainFile, Fill, PageTable, MfxFile, TableBank, ToneTable, ControlSliders, PixelWindow, PictureFile,
+    OpenFile
+};
 
 using Reader = std::function<Shown(const Module&)>;
 using Editor = std::function<void(Module&, Engine&, const Gesture&)>;
@@ -182,5 +186,6 @@ void addNoteValuePanels(const PanelAdder& add);
 void addChainPanel(const PanelAdder& add);
 void addMidiInputPanels(const PanelAdder& add);
 void addDisplayPanels(const PanelAdder& add);
+void addSidePanels(const PanelAdder& add);
 
 }  // namespace quillmer::gui
