@@ -65,7 +65,7 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 
 std::vector<std::string> shippedPatches() {
     std::vector<std::string> paths;
-    for (const char* folder : {"/tests/data", "/examples"})
+    for (const char* folder : {"/tests/data", "/examples", "/fuzz/corpus/qmp"})
         for (const auto& entry : std::filesystem::directory_iterator(std::string(QUILLMER_SOURCE_DIR) + folder))
             if (entry.path().extension() == ".qmp") paths.push_back(entry.path().string());
     return paths;
