@@ -12,7 +12,8 @@ namespace quillmer::gui {
 
 namespace {
 const QString kProduct = QStringLiteral("Quillmer");
-QString filter() { return QString::fromLatin1(FileCommands::kFilter); }
+QString openFilter() { return QString::fromLatin1(FileCommands::kOpenFilter); }
+QString saveFilter() { return QString::fromLatin1(FileCommands::kSaveFilter); }
 }  // namespace
 
 FileCommands::FileCommands(Session& session, UserDialogs& dialogs, RecentFiles& recent, ProgramSettings& settings,
@@ -34,6 +35,7 @@ void FileCommands::resumeTimers() {
 }
 
 bool FileCommands::promptSaveChanges(bool canCancel) {
+    if (!managedPath_.isEmpty()) return true;  // the manager's save keeps the session
     QString name;
     {
         auto held = session_.engine.lock();
@@ -59,13 +61,14 @@ void FileCommands::fileNew() {
         session_.newPatch();
         session_.engine.ports.openInputs();
     }
+    keepManagedName();
     emit patchReplaced();
 }
 
 void FileCommands::fileOpen() {
     TimersPaused paused(*this);
     if (!promptSaveChanges(true)) return;
-    const QString path = dialogs_.openFileName(QStringLiteral("Open Module File"), startFolder(), filter());
+    const QString path = dialogs_.openFileName(QStringLiteral("Open Module File"), startFolder(), openFilter());
     if (path.isEmpty()) return;
     settings_.currentDir = QFileInfo(path).absolutePath();
     load(path);
@@ -83,8 +86,9 @@ bool FileCommands::fileSave() {
 
 bool FileCommands::fileSaveAs() {
     TimersPaused paused(*this);
-    const QString path = dialogs_.saveFileName(QStringLiteral("Save Module File"), startFolder(), filter());
+    const QString path = dialogs_.saveFileName(QStringLiteral("Save Module File"), startFolder(), saveFilter());
     if (path.isEmpty()) return false;
+    if (!managedPath_.isEmpty()) return saveCopy(path);
     remember(path);
     {
         auto held = session_.engine.lock();
@@ -129,6 +133,64 @@ bool FileCommands::offerToStoreSnapshot() {
     return true;
 }
 
+bool FileCommands::saveCopy(const QString& path) {
+    bool saved = false;
+    std::string error;
+    {
+        TimersPaused paused(*this);
+        auto held = session_.engine.lock();
+        const bool changed = session_.ModifiedMark;
+        saved = session_.SaveModuleFile(path.toStdString(), error);
+        if (changed) session_.SetModified(true);  // the session's own file still waits for its save
+    }
+    emit patchReplaced();
+    if (!saved) dialogs_.critical(kProduct, QString::fromStdString(error));
+    return saved;
+}
+
+void FileCommands::keepManagedName() {
+    if (managedPath_.isEmpty()) return;
+    auto held = session_.engine.lock();
+    if (session_.CurrentFileName == managedPath_.toStdString()) return;
+    session_.CurrentFileName = managedPath_.toStdString();
+    session_.SetModified(true);
+}
+
+bool FileCommands::openManaged(std::string& error) {
+    const std::string path = managedPath_.toStdString();
+    bool ok = false;
+    if (QFileInfo::exists(managedPath_)) {
+        auto held = session_.engine.lock();
+        session_.engine.ports.closeInputs();
+        ok = session_.OpenFile(path, error);
+        if (!ok && !session_.loadProblem.empty()) error += " (" + session_.loadProblem + ")";
+        session_.engine.ports.openInputs();
+    } else {
+        {
+            auto held = session_.engine.lock();
+            session_.engine.ports.closeInputs();
+            session_.newPatch();
+            session_.CurrentFileName = path;
+            session_.engine.ports.openInputs();
+        }
+        ok = saveManaged(error);
+    }
+    emit patchReplaced();
+    return ok;
+}
+
+bool FileCommands::saveManaged(std::string& error) {
+    bool saved = false;
+    {
+        TimersPaused paused(*this);
+        auto held = session_.engine.lock();
+        session_.CurrentFileName = managedPath_.toStdString();
+        saved = session_.SaveModuleFile(session_.CurrentFileName, error);
+    }
+    emit patchReplaced();
+    return saved;
+}
+
 void FileCommands::openFile(const QString& path) {
     if (!QFileInfo(path).isFile()) return;
     load(path);
@@ -147,7 +209,10 @@ void FileCommands::load(const QString& path) {
         problem = session_.loadProblem;
         session_.engine.ports.openInputs();
     }
-    if (loaded) remember(path);
+    if (loaded) {
+        remember(path);
+        keepManagedName();
+    }
     emit patchReplaced();
     if (!loaded) {
         QString text = QString::fromStdString(error);

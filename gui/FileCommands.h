@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QString>
+#include <string>
 
 namespace quillmer {
 class Session;
@@ -20,6 +21,9 @@ class FileCommands : public QObject {
     Q_OBJECT
 public:
     static constexpr const char* kFilter = "Quillmer Modules (*.qmp)";
+    // Open and Save As offer the text form (.qmj) too.
+    static constexpr const char* kOpenFilter = "Quillmer Modules (*.qmp *.qmj);;Quillmer Patch Text (*.qmj)";
+    static constexpr const char* kSaveFilter = "Quillmer Modules (*.qmp);;Quillmer Patch Text (*.qmj)";
     static constexpr const char* kUnnamed = "Unnamed.qmp";
 
     FileCommands(Session& session, UserDialogs& dialogs, RecentFiles& recent, ProgramSettings& settings,
@@ -36,6 +40,17 @@ public:
     // A file the user pointed at (a drop, a recent file): asks about changes, then OpenFile.
     void openChosenFile(const QString& path);
 
+    // Under a session manager the patch lives at `path`, which the manager decides: no
+    // question about unsaved changes, Save always writes there, Save As writes a copy, and
+    // Open and New replace the content of the session's patch. Empty: not managed.
+    void setManagedPath(const QString& path) { managedPath_ = path; }
+    const QString& managedPath() const { return managedPath_; }
+    // Opens the managed patch, or makes it (an empty patch, saved at once) where there is
+    // none. False with `error` when a file there doesn't load.
+    bool openManaged(std::string& error);
+    // Saves the managed patch without a question. False with `error`.
+    bool saveManaged(std::string& error);
+
     // StopTimersMIDI and StartTimersMIDI, nested: only the outermost pair acts.
     void pauseTimers();
     void resumeTimers();
@@ -51,12 +66,16 @@ private:
     bool saveTo(const QString& path);
     void load(const QString& path);
     bool offerToStoreSnapshot();
+    bool saveCopy(const QString& path);
+    // After New or Open under a manager: the content is the session's, and not yet saved.
+    void keepManagedName();
 
     Session& session_;
     UserDialogs& dialogs_;
     RecentFiles& recent_;
     ProgramSettings& settings_;
     int pauseDepth_ = 0;
+    QString managedPath_;
 };
 
 // Pauses the timers for as long as it lives. Take it without the engine lock held.

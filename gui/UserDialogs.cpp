@@ -3,6 +3,7 @@
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QMessageBox>
+#include <QRegularExpression>
 #include <QScreen>
 
 namespace quillmer::gui {
@@ -56,10 +57,19 @@ QString QtUserDialogs::openFileName(const QString& title, const QString& folder,
 }
 
 QString QtUserDialogs::saveFileName(const QString& title, const QString& folder, const QString& filter) {
-    QString path = askFile(parent_, title, folder, filter, true);
-    // The dialog leaves the extension to the user; a patch always gets ours.
-    if (!path.isEmpty() && !path.endsWith(QStringLiteral(".qmp"), Qt::CaseInsensitive)) path += QStringLiteral(".qmp");
-    return path;
+    return withExtensionOf(askFile(parent_, title, folder, filter, true), filter);
+}
+
+QString withExtensionOf(const QString& path, const QString& filter) {
+    if (path.isEmpty() || filter.contains(QStringLiteral("(*)"))) return path;
+    static const QRegularExpression pattern(QStringLiteral("\\*(\\.[A-Za-z0-9]+)"));
+    QString first;
+    for (auto it = pattern.globalMatch(filter); it.hasNext();) {
+        const QString extension = it.next().captured(1);
+        if (path.endsWith(extension, Qt::CaseInsensitive)) return path;
+        if (first.isEmpty()) first = extension;
+    }
+    return path + first;
 }
 
 }  // namespace quillmer::gui

@@ -26,6 +26,11 @@ public:
     virtual QString saveFileName(const QString& title, const QString& folder, const QString& filter) = 0;
 };
 
+// `path` as chosen in a save dialog on `filter` ("Name (*.qmp);;Text (*.qmj)"): kept when
+// it ends in one of the filter's extensions or the filter takes any name "(*)", else given
+// the first extension.
+QString withExtensionOf(const QString& path, const QString& filter);
+
 // The real thing: modal boxes and file dialogs over `parent`.
 class QtUserDialogs final : public UserDialogs {
 public:

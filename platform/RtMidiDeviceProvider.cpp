@@ -13,6 +13,13 @@
 #include "platform/RtMidiSupport.h"
 
 namespace quillmer {
+
+void setMidiClientName(const std::string& name) {
+    static std::string kept;
+    kept = name.empty() ? std::string("Quillmer") : name;
+    kMidiClientName = kept.c_str();
+}
+
 namespace {
 
 // Our own ports aren't offered back to us: "Quillmer:Out A", and under JACK, where every

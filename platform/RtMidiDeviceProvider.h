@@ -15,7 +15,9 @@ namespace quillmer {
 enum class MidiPortApi { Alsa, Jack };
 
 // The client name other programs see, and our ports' names: "Out A".."Out D", "In A".."In D".
-constexpr const char* kMidiClientName = "Quillmer";
+// "Quillmer", or the name a session manager gives (setMidiClientName, before any port opens).
+inline const char* kMidiClientName = "Quillmer";
+void setMidiClientName(const std::string& name);
 std::string ourPortName(bool output, int port);
 
 // "ALSA: " or "JACK: ", put before the other programs' port names in our device lists.

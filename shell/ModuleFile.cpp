@@ -11,6 +11,7 @@
 #include "engine/FileLayout.h"
 #include "engine/RegularFile.h"
 #include "shell/AuthorName.h"
+#include "shell/PatchJson.h"
 #include "shell/Session.h"
 
 namespace quillmer {
@@ -125,6 +126,7 @@ uint64_t largestFileFor(const FileHeader& header) {
 
 bool readModuleFileBytes(const std::string& path, std::vector<uint8_t>& bytes, std::string& reason) {
     bytes.clear();
+    if (isPatchJsonPath(path)) return readPatchJsonFile(path, bytes, reason);
     RegularFile file;
     if (!file.open(path, reason) || !file.read(kHeaderSize, bytes, reason)) return false;
     if (bytes.size() < kHeaderSize) {
@@ -173,6 +175,18 @@ bool checkModuleBytes(const std::vector<uint8_t>& bytes, std::string& reason) {
     return true;
 }
 
+bool readPatchJsonFile(const std::string& path, std::vector<uint8_t>& bytes, std::string& reason) {
+    RegularFile file;
+    std::vector<uint8_t> text;
+    if (!file.open(path, reason)) return false;
+    if (file.size() > kLargestPatchJson) {
+        reason = "the file is larger than any patch text (" + std::to_string(file.size()) + " bytes)";
+        return false;
+    }
+    if (!file.read(kLargestPatchJson, text, reason)) return false;
+    return patchFromJson({reinterpret_cast<const char*>(text.data()), text.size()}, bytes, reason);
+}
+
 namespace {
 
 // Appends what an existing, longer file holds past the end of `bytes`; only that is read.
@@ -209,6 +223,11 @@ bool writeAtomically(AtomicFile& file, const std::vector<uint8_t>& bytes, std::s
 }
 
 }  // namespace
+
+bool writeWholeFile(const std::string& path, const std::vector<uint8_t>& bytes, std::string& error) {
+    AtomicFile file(path);
+    return file.create(error) && writeAtomically(file, bytes, error);
+}
 
 bool Session::LoadModuleFile(const std::string& path, std::string& error) {
     // The modules go first whatever happens: here on a failed read, else in LoadModuleBytes.
@@ -291,12 +310,21 @@ bool Session::LoadModuleBytes(const std::vector<uint8_t>& bytes, const std::stri
 bool Session::SaveModuleFile(const std::string& path, std::string& error) {
     std::vector<uint8_t> bytes;
     if (!ModuleFileBytes(bytes, path, error)) return false;
+    std::string reason;
+    if (isPatchJsonPath(path)) {
+        std::string text;
+        const auto built = [this](ModuleTypeId id) { return engine.registry().isBuilt(id); };
+        if (!patchToJson(bytes, built, text, reason)) {
+            error = saveError(path, reason);
+            return false;
+        }
+        bytes.assign(text.begin(), text.end());
+    }
     // Only a regular file is replaced, through its symbolic links, keeping its mode.
     AtomicFile file(path);
     if (!file.create(error)) return false;
-    std::string reason;
     // A shorter patch saved over a longer file leaves the old tail behind it, unread.
-    if (file.targetExists() && !appendOldTail(file.resolvedTarget(), bytes, reason)) {
+    if (!isPatchJsonPath(path) && file.targetExists() && !appendOldTail(file.resolvedTarget(), bytes, reason)) {
         error = saveError(path, reason);
         return false;
     }

@@ -29,7 +29,12 @@ struct ProgramVersion {
 
 // Reads a module file (.qmp): only a regular file, its header and no more of the rest than
 // the header's counts can need (every counted record at its longest). False with `reason`.
+// A path ending in ".qmj" is read as the text form and converted.
 bool readModuleFileBytes(const std::string& path, std::vector<uint8_t>& bytes, std::string& reason);
+// The text form (.qmj) of a patch as the bytes of its module file; false with `reason`.
+bool readPatchJsonFile(const std::string& path, std::vector<uint8_t>& bytes, std::string& reason);
+// Writes a whole file atomically: the old one stays whole when anything fails.
+bool writeWholeFile(const std::string& path, const std::vector<uint8_t>& bytes, std::string& error);
 // Passes over every record the header counts without loading any: false with `reason` (where
 // the file ends early, which record of which type does not parse).
 bool checkModuleBytes(const std::vector<uint8_t>& bytes, std::string& reason);
@@ -74,7 +79,8 @@ public:
     std::string loadProblem;  // what the last failed load found, as "it is a folder, not a file"
     // Atomic: the file that was there stays whole when anything fails. Only a regular file is
     // replaced (through its symbolic links, keeping its mode; a read-only one is refused),
-    // and the patch counts as saved only when the file is in place.
+    // and the patch counts as saved only when the file is in place. A ".qmj" path gets the
+    // text form.
     bool SaveModuleFile(const std::string& path, std::string& error);
     // The bytes a save writes (without an old tail), or false with `error` naming `path`.
     bool ModuleFileBytes(std::vector<uint8_t>& bytes, const std::string& path, std::string& error);

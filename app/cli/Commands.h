@@ -3,6 +3,8 @@
 // its callback runs and leaves the program's exit status in `exitStatus`. A failure is one
 // line on stderr and a non-zero status.
 
+#include <string>
+
 namespace CLI {
 class App;
 }
@@ -17,6 +19,8 @@ void addInfoCommand(CLI::App& app, int& exitStatus);
 void addRunCommand(CLI::App& app, int& exitStatus);
 // `convert IN OUT`: load and save again.
 void addConvertCommand(CLI::App& app, int& exitStatus);
+// A patch to or from its text form (.qmj), byte for byte: the exit status.
+int convertPatchText(const std::string& in, const std::string& out);
 
 // `mfx FILE.mid --track N --class CLASS [--channel C] OUT.mfx`: a MIDI file's track and
 // message class translated to a .mfx list.

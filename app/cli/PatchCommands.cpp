@@ -8,6 +8,7 @@
 #include "app/cli/PatchInfo.h"
 #include "app/cli/PatchLoading.h"
 #include "engine/VirtualTimerService.h"
+#include "shell/PatchJson.h"
 #include "shell/Session.h"
 
 namespace quillmer {
@@ -31,12 +32,16 @@ void addInfoCommand(CLI::App& app, int& exitStatus) {
 }
 
 void addConvertCommand(CLI::App& app, int& exitStatus) {
-    auto* command = app.add_subcommand("convert", "Load a patch and save it again");
+    auto* command = app.add_subcommand("convert", "Load a patch and save it again; a .qmj file is the text form");
     auto in = std::make_shared<std::string>();
     auto out = std::make_shared<std::string>();
     command->add_option("IN", *in, "The patch to read")->required();
     command->add_option("OUT", *out, "The file to write")->required();
     command->callback([&exitStatus, in, out] {
+        if (isPatchJsonPath(*in) || isPatchJsonPath(*out)) {
+            exitStatus = convertPatchText(*in, *out);
+            return;
+        }
         VirtualTimerService timers;
         Session session(timers, patchRegistry());
         if (!loadPatch(session, *in)) {

@@ -12,14 +12,18 @@
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <optional>
 
+#include "app/quillmer/ManagedStart.h"
 #include "app/quillmer/MidiDevices.h"
 #include "app/quillmer/Screenshots.h"
 #include "gui/SplashWindow.h"
 #include "gui/Look.h"
 #include "gui/MainWindow.h"
 #include "gui/Program.h"
+#include "gui/SessionManagerLink.h"
 #include "modules/BuiltTypes.h"
+#include "platform/NsmClient.h"
 #include "platform/RealTimeTimerService.h"
 
 using namespace quillmer;
@@ -33,16 +37,18 @@ struct Arguments {
 };
 
 constexpr const char* kUsage =
-    "Usage: quillmer [-m] [--song] [FILE.qmp]\n"
+    "Usage: quillmer [-m] [--song] [FILE.qmp|FILE.qmj]\n"
     "Quillmer, the modular MIDI step sequencer: the desktop program.\n"
     "\n"
-    "  FILE.qmp           open this patch\n"
+    "  FILE.qmp           open this patch (or its text form, FILE.qmj)\n"
     "  -m                 start with no MIDI ports, whatever the settings say\n"
     "  --song             play the patch's Composer list (its song) from Begin\n"
     "  --screenshot DIR   save pictures of the windows into DIR and quit\n"
     "  -h, --help         print this help and exit\n"
     "  --version          print the version and exit\n"
     "\n"
+    "Under a session manager (NSM_URL set) the manager chooses the patch, which is\n"
+    "patch.qmp in the project's folder, and saves it; FILE is then ignored.\n"
     "Without windows: quillmer-cli --help.\n";
 
 // --help and --version answer before anything needs a display.
@@ -163,6 +169,12 @@ int main(int argc, char* argv[]) {
     auto splash = std::make_unique<gui::SplashWindow>(QStringLiteral(QUILLMER_VERSION));
     splash->show();
     QCoreApplication::processEvents();
+    // Under a session manager the project comes from it, before any MIDI port opens.
+    NsmClient sessionManager;
+    const std::optional<ManagedStart> managed =
+        args.screenshotDir.isEmpty() ? joinSessionManager(sessionManager, "quillmer") : std::nullopt;
+    gui::StartOptions start = args.start;
+    if (managed) start.file.clear();
 
     RealTimeTimerService timers;
     int status = 0;
@@ -170,9 +182,15 @@ int main(int argc, char* argv[]) {
         std::unique_ptr<MidiDeviceProvider> devices = makeMidiDeviceProvider(timers);
         gui::Program program(timers, builtTypes(), *store, devices.get());
         QObject::connect(&program, &gui::Program::finished, &app, &QCoreApplication::quit);
-        program.start(args.start);
+        program.start(start);
         splash.reset();
         program.mainWindow().show();
+        std::unique_ptr<gui::SessionManagerLink> link;
+        if (managed) {
+            link = std::make_unique<gui::SessionManagerLink>(sessionManager, program);
+            link->quitOnTermination();
+            link->open(QString::fromStdString(managed->folder));
+        }
         if (!args.screenshotDir.isEmpty()) takeScreenshotsLater(program, args.screenshotDir);
         status = app.exec();
         timers.stop();  // no timer callback may run while the session goes

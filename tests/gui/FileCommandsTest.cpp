@@ -77,7 +77,7 @@ TEST(SaveQuestion, YesSavesFirstAndACancelledSaveStops) {
     EXPECT_TRUE(QFile::exists(h.file("kept.qmp")));
     ASSERT_EQ(h.dialogs.saveDialogs.size(), 2u);
     EXPECT_EQ(h.dialogs.saveDialogs[1].title, QStringLiteral("Save Module File"));
-    EXPECT_EQ(h.dialogs.saveDialogs[1].text, QStringLiteral("Quillmer Modules (*.qmp)"));
+    EXPECT_EQ(h.dialogs.saveDialogs[1].text, QString::fromLatin1(gui::FileCommands::kSaveFilter));
 }
 
 TEST(SaveQuestion, TheSaveLightSwitchesTheQuestionOffAndOn) {
@@ -132,7 +132,7 @@ TEST(OpenAndLoad, AFailedLoadKeepsThePatchAndSaysWhy) {
 
     ASSERT_EQ(h.dialogs.openDialogs.size(), 1u);
     EXPECT_EQ(h.dialogs.openDialogs[0].title, QStringLiteral("Open Module File"));
-    EXPECT_EQ(h.dialogs.openDialogs[0].text, QStringLiteral("Quillmer Modules (*.qmp)"));
+    EXPECT_EQ(h.dialogs.openDialogs[0].text, QString::fromLatin1(gui::FileCommands::kOpenFilter));
     ASSERT_EQ(h.dialogs.criticals.size(), 1u);
     EXPECT_EQ(h.dialogs.criticals[0].text, QStringLiteral("Unable to Load: ") + h.file("broken.qmp") +
                                                QStringLiteral("\n\nthe file is shorter than a module file's header"));
