@@ -337,7 +337,7 @@ void readGenBankRecord(const std::vector<std::string_view>& lines, size_t& i, co
         out.push_back(std::move(coding));
         ++taken;
     }
-    if (taken == 0) throw ImportError{where + ": no coding sequence (no CDS feature that can be read)"};
+    if (taken == 0) notes.push_back(where + ": no coding sequence (no CDS feature that can be read)");
 }
 
 }  // namespace
@@ -365,6 +365,7 @@ bool importBioText(std::string_view text, const std::string& source, BioImportRe
     }
     std::vector<Coding> codings;
     std::vector<std::string> notes;
+    std::string nonCoding;
     try {
         if (lines[first][0] == '>') {
             readFasta(std::vector<std::string_view>(lines.begin() + static_cast<std::ptrdiff_t>(first), lines.end()), source,
@@ -378,8 +379,12 @@ bool importBioText(std::string_view text, const std::string& source, BioImportRe
                 }
                 if (lines[i].rfind("LOCUS", 0) != 0)
                     throw ImportError{source + ", line " + std::to_string(i + 1) + ": a GenBank record must begin with LOCUS"};
+                const size_t before = codings.size();
                 readGenBankRecord(lines, i, source, codings, notes);
+                if (codings.size() == before && nonCoding.empty()) nonCoding = notes.back();
             }
+            // Records without a coding sequence are left out; only none at all is an error.
+            if (codings.empty()) throw ImportError{nonCoding};
         } else {
             throw ImportError{source + ", line " + std::to_string(first + 1) +
                               ": neither FASTA (\">\") nor GenBank (\"LOCUS\")"};

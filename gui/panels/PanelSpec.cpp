@@ -32,6 +32,8 @@ public:
         addNoteValuePanels(add);
         addChainPanel(add);
         addMidiInputPanels(add);
+        addGeneratorPanels(add);
+        addBioPanels(add);
         placeholder_.placeholder = true;
         placeholder_.controls.push_back(caption("lblNotYet", [](const Module&) { return Shown::ofText("Doesn't run yet"); }));
         placeholder_.controls.back().tip = text(Module::kPlaceholderNote);

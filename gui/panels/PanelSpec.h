@@ -77,6 +77,8 @@ enum class ControlKind {
     Bars,      // the bars of a slide table, drawn and painted with the mouse
     Knob,      // a knob turned by the angle of the pointer (iKnob)
     Slider,    // a position from minimum to maximum (slCurrent)
+    Picture,   // a 128 x 128 picture of points (Fractal's orbit): the reader's text holds a
+               // byte a point; a click's gesture has button 1 (left) or 2
     Keyboard,  // Keybd's keys: a gesture's text is "down", "drag" or "up", item and number
                // the point's x and y in ten-thousandths of the picture
 };
@@ -171,5 +173,7 @@ void addNoteOutputPanels(const PanelAdder& add);
 void addNoteValuePanels(const PanelAdder& add);
 void addChainPanel(const PanelAdder& add);
 void addMidiInputPanels(const PanelAdder& add);
+void addGeneratorPanels(const PanelAdder& add);
+void addBioPanels(const PanelAdder& add);
 
 }  // namespace quillmer::gui
