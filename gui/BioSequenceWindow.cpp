@@ -54,10 +54,10 @@ void BioSequenceWindow::refresh() {
     const BioSet& set = bioSet();
     for (int s = 0; s < kBioSequences; ++s) {
         const BioSequence& seq = set.sequences[static_cast<size_t>(s)];
-        const bool data = seq.hasData();
-        table_->setItem(s, 0, new QTableWidgetItem(data ? QString::fromStdString(seq.name) : QStringLiteral("<no data>")));
-        table_->setItem(s, 1, new QTableWidgetItem(data ? QString::number(seq.last + 1) : QString()));
-        table_->setItem(s, 2, new QTableWidgetItem(data ? QString::number(seq.count) : QString()));
+        const bool filled = seq.hasData();
+        table_->setItem(s, 0, new QTableWidgetItem(filled ? QString::fromStdString(seq.name) : QStringLiteral("<no data>")));
+        table_->setItem(s, 1, new QTableWidgetItem(filled ? QString::number(seq.last + 1) : QString()));
+        table_->setItem(s, 2, new QTableWidgetItem(filled ? QString::number(seq.count) : QString()));
     }
 }
 
