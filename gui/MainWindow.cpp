@@ -11,6 +11,7 @@
 
 #include "gui/ComposerWindow.h"
 #include "gui/FileCommands.h"
+#include "gui/BioSequenceWindow.h"
 #include "gui/MidiFileReadDialog.h"
 #include "gui/HelpMenu.h"
 #include "gui/ModulesMenu.h"
@@ -117,8 +118,9 @@ void MainWindow::buildMenus() {
     add(fileMenu_, "mnuFileSaveAs", "Save &As...", [this] { files_->fileSaveAs(); }, QKeySequence::SaveAs);
     fileMenu_->addSeparator();
     add(fileMenu_, "mnuFileImportMidi", "Import &MIDI File...", [this] { showMidiFileReadDialog(dialogs_, this); });
-    // Importers come with the bio sequence and tuning work.
-    for (const char* caption : {"&Bio Sequence...", "&Tuning Table..."}) {
+    add(fileMenu_, "mnuFileBio", "&Bio Sequence...", [this] { showBioSequenceWindow(dialogs_, session_, this); });
+    // The tuning importer comes with the tuning work.
+    for (const char* caption : {"&Tuning Table..."}) {
         QAction* a = fileMenu_->addAction(QLatin1String(caption));
         a->setEnabled(false);
     }

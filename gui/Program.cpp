@@ -14,6 +14,7 @@
 #include "gui/ProgramSettings.h"
 #include "gui/RecentFiles.h"
 #include "gui/UserDialogs.h"
+#include "modules/generators/GeneratorTables.h"
 #include "shell/Session.h"
 
 namespace quillmer::gui {
@@ -78,6 +79,7 @@ void Program::start(const StartOptions& options) {
         auto held = engine.lock();
         settings_->applyTo(engine);
         if (engine.options.randomSeed != 0) engine.seedRandom(engine.options.randomSeed);
+        rebuildGeneratorTables(engine.options.randomSeed);
     }
     openSavedPorts(options.noMidi);
     {

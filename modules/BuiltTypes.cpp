@@ -1,5 +1,7 @@
 #include "modules/BuiltTypes.h"
 
+#include "modules/generators/Fractals.h"
+#include "modules/generators/Randoms.h"
 #include "modules/midi/ChannelOutputs.h"
 #include "modules/midi/ControllerOutput.h"
 #include "modules/midi/Links.h"
@@ -23,6 +25,7 @@
 #include "modules/processors/Scaling.h"
 #include "modules/processors/Selection.h"
 #include "modules/processors/Sums.h"
+#include "modules/sequencers/BioSequencer.h"
 #include "modules/sequencers/Clocks.h"
 #include "modules/sequencers/Pages.h"
 #include "modules/sequencers/Runs.h"
@@ -159,6 +162,20 @@ void registerBuiltTypes(ModuleRegistry& registry) {
     registry.add<SysExFile>("SysExFile");
     registry.add<Sfile>("Sfile");
     registry.add<IPLink>("IPLink");
+    registry.add<Chaos>("Chaos");
+    registry.add<Fractal>("Fractal");
+    registry.add<FracOut>("FracOut");
+    registry.add<Rand>("Rand");
+    registry.add<Rand3>("Rand3");
+    registry.add<RanPat>("RanPat");
+    registry.add<URand>("URand");
+    registry.add<URanOut>("URanOut");
+    registry.add<Prob>("Prob");
+    registry.add<NumGen>("NumGen");
+    registry.add<FunGen>("FunGen");
+    registry.add<Corupt>("Corupt");
+    registry.add<BioSeq>("BioSeq");
+    registry.add<BioFlag>("BioFlag");
 }
 
 const ModuleRegistry& builtTypes() {

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "shell/AuthorName.h"
+#include "shell/BioFile.h"
 #include "shell/DataFiles.h"
 
 #include <filesystem>
@@ -132,8 +133,10 @@ void Session::LoadAuxFiles(const std::string& patchPath) {
     };
     if (patchPath.empty()) {
         loadDefault();
+        loadDefaultBioFileOnce();
         return;
     }
+    loadBioSideFile(patchPath);
     // The other side files (.tbl, .bst, .ufn) join here, in that order around .pbt. A side
     // file whose name can't exist (longer than a name may be) is simply not there.
     const std::string own = std::filesystem::path(patchPath).replace_extension(".pbt").string();

@@ -31,5 +31,7 @@ void addMfxCommand(CLI::App& app, int& exitStatus);
 void addTypesCommand(CLI::App& app, int& exitStatus);
 // `eval FORMULA [--in V,...] [--clock V]`: a formula's value, or its error.
 void addEvalCommand(CLI::App& app, int& exitStatus);
+// `bio import IN OUT.bst`: the coding sequences of a FASTA or GenBank file as a .bst file.
+void addBioCommand(CLI::App& app, int& exitStatus);
 
 }  // namespace quillmer

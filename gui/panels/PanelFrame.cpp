@@ -19,6 +19,7 @@
 #include "gui/Lamp.h"
 #include "gui/panels/StatusIcon.h"
 #include "gui/panels/sequencers/TableViews.h"
+#include "gui/panels/generators/OrbitPicture.h"
 #include "gui/panels/midi/KeyboardPicture.h"
 #include "gui/panels/panels/DrawnView.h"
 #include "modules/sequencers/Steps.h"
@@ -360,6 +361,16 @@ QWidget* PanelFrame::makeControl(int index, const ControlSpec& c) {
             w = view;
             break;
         }
+        case ControlKind::Picture: {
+            auto* picture = new OrbitPicture(this);
+            picture->onClick = [this, index](int button) {
+                Gesture g;
+                g.button = button;
+                emit gesture(index, g);
+            };
+            w = picture;
+            break;
+        }
         case ControlKind::Lamp:
         case ControlKind::StageRow: break;
     }
@@ -505,6 +516,7 @@ void PanelFrame::showControl(int index, const Shown& was, const Shown& now, bool
             break;
         }
         case ControlKind::Keyboard: static_cast<KeyboardPicture*>(control.widget)->setHeld(now.number); break;
+        case ControlKind::Picture: static_cast<OrbitPicture*>(control.widget)->setPoints(now.text); break;
         case ControlKind::StageRow: showStages(control, now); break;
         case ControlKind::Bars: static_cast<BarsView*>(control.widget)->show(now); break;
         case ControlKind::Knob: static_cast<KnobView*>(control.widget)->setValue(now.number); break;

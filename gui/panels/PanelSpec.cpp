@@ -34,6 +34,8 @@ public:
         addMidiInputPanels(add);
         addDisplayPanels(add);
         addSidePanels(add);
+        addGeneratorPanels(add);
+        addBioPanels(add);
         placeholder_.placeholder = true;
         placeholder_.controls.push_back(caption("lblNotYet", [](const Module&) { return Shown::ofText("Doesn't run yet"); }));
         placeholder_.controls.back().tip = text(Module::kPlaceholderNote);

@@ -82,6 +82,8 @@ enum class ControlKind {
     Slider,    // a position from minimum to maximum (slCurrent)
     Drawn,     // drawn by the description's painter (pads, meters, pictures); gestures carry
                // the point in pixels, the view's width in number and height in item
+    Picture,   // a 128 x 128 picture of points (Fractal's orbit): the reader's text holds a
+               // byte a point; a click's gesture has button 1 (left) or 2
     Keyboard,  // Keybd's keys: a gesture's text is "down", "drag" or "up", item and number
                // the point's x and y in ten-thousandths of the picture
 };
@@ -187,5 +189,7 @@ void addChainPanel(const PanelAdder& add);
 void addMidiInputPanels(const PanelAdder& add);
 void addDisplayPanels(const PanelAdder& add);
 void addSidePanels(const PanelAdder& add);
+void addGeneratorPanels(const PanelAdder& add);
+void addBioPanels(const PanelAdder& add);
 
 }  // namespace quillmer::gui

@@ -18,7 +18,7 @@ void buildPatch(SessionHarness& h) {
     Engine& e = h.session.engine;
     Module& a = h.add("Div");
     Module& b = h.add("Div");
-    Module& rand = h.add("Rand");  // not built yet: kept as it is
+    Module& rand = h.add("Image");  // not built yet: kept as it is
     h.add("MIDIVoice");
     a.setPriority(priority::Late);
     b.Page = 5;
@@ -30,7 +30,7 @@ void buildPatch(SessionHarness& h) {
     h.connect(b, 1, "~   3");
     h.session.snapshots.StoreNewPatch();
     h.session.snapshots.comboText = "Verse";
-    h.connect(b, 1, "1Rand-");
+    h.connect(b, 1, "1Image-");
     h.connect(a, 0, "~ Turbo");
     h.session.snapshots.StoreNewPatch();
     h.session.snapshots.comboText = "Chorus";
@@ -84,12 +84,12 @@ TEST(ModuleFile, SaveLoadSaveGivesIdenticalBytes) {
     ASSERT_NE(b2, nullptr);
     EXPECT_EQ(b2->Page, 5);
     EXPECT_EQ(b2->Left, 2400);
-    EXPECT_EQ(b2->inputCaption(1, e.names), "1Rand-") << "recalled from the current snapshot";
+    EXPECT_EQ(b2->inputCaption(1, e.names), "1Image-") << "recalled from the current snapshot";
     EXPECT_EQ(second.session.snapshots.SnapshotNames[0], "000 AutoSave") << "saving overwrote slot 0";
     EXPECT_EQ(e.findModule("1Div-")->storedName(1, 1), " Off (0)");
     EXPECT_EQ(e.findModule("1Div-")->storedName(2, 1), " mid (64)");
-    EXPECT_TRUE(e.findModule("1Rand-")->isPlaceholder());
-    EXPECT_EQ(e.findModule("1Rand-")->Page, 2);
+    EXPECT_TRUE(e.findModule("1Image-")->isPlaceholder());
+    EXPECT_EQ(e.findModule("1Image-")->Page, 2);
     EXPECT_EQ(e.findModule("1Div-")->priority(), priority::Late);
 }
 
