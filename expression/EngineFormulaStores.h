@@ -2,8 +2,8 @@
 // The formula functions' doors wired to an engine: the bus, the transport, the duration
 // counters, MIDI out and the MIDI input tables, the options' absolute clocks, the formula
 // timers on the engine's timer service, and the engine's random generator for RND.
-// The general tables are the engine's; stores it doesn't hold yet (matrix grids, Sfile data,
-// panels) keep answering 0.
+// The general tables and the matrices' cells are the engine's; stores it doesn't hold yet
+// (Sfile data, panels) keep answering 0.
 
 #include <array>
 
@@ -29,8 +29,13 @@ public:
     MidiInputTables* midiInput() override { return &engine_.ports.in; }
     int tableStep(int table, int step) override { return engine_.generalTableStep(table, step); }
     void writeTableStep(int table, int step, int value) override { engine_.writeGeneralTableStep(table, step, value); }
+    // The matrices' cells; a cell outside the grid reads 0 and takes no write.
+    int gridCell(GridShape shape, int mid, int row, int col) override;
+    bool writeGridCell(GridShape shape, int mid, int row, int col, int value) override;
+    int gridChanged(GridShape shape, int mid) override;
 
 private:
+    GridCells* grid(GridShape shape, int mid, int row, int col, int& at);
     Engine& engine_;
     FormulaRuntime* runtime_ = nullptr;
     std::array<TimerId, 10> aclockTimers_{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
