@@ -171,5 +171,6 @@ void addNoteOutputPanels(const PanelAdder& add);
 void addNoteValuePanels(const PanelAdder& add);
 void addChainPanel(const PanelAdder& add);
 void addMidiInputPanels(const PanelAdder& add);
+void addGridPanels(const PanelAdder& add);
 
 }  // namespace quillmer::gui
