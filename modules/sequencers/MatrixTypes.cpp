@@ -212,13 +212,23 @@ std::span<const uint8_t> MatrixSequencer::page(int p) const {
     return {Pages.data() + static_cast<size_t>(p & (kPages - 1)) * n, n};
 }
 
-std::vector<uint8_t> MatrixSequencer::pageAsTableRow(int p) const {
-    const auto stored = page(p);
-    std::vector<uint8_t> row(stored.size());
-    for (int c = 0; c < size_.columns; ++c)
-        for (int r = 0; r < size_.rows; ++r)
-            row[static_cast<size_t>(r * size_.columns + c)] = stored[static_cast<size_t>(size_.at(c, r))];
+namespace {
+std::vector<uint8_t> asTableRow(std::span<const uint8_t> grid, GridSize size) {
+    std::vector<uint8_t> row(static_cast<size_t>(size.cells()));
+    for (int c = 0; c < size.columns; ++c)
+        for (int r = 0; r < size.rows; ++r) row[static_cast<size_t>(r * size.columns + c)] = grid[static_cast<size_t>(size.at(c, r))];
     return row;
+}
+}  // namespace
+
+std::vector<uint8_t> MatrixSequencer::pageAsTableRow(int p) const { return asTableRow(page(p), size_); }
+std::vector<uint8_t> MatrixSequencer::liveAsTableRow() const { return asTableRow(cells(), size_); }
+
+void MatrixSequencer::tableClosed() {
+    const auto live = page(0);
+    std::copy(live.begin(), live.end(), grid_->cells.begin());
+    LastPage = -1;  // a page in force other than 0 comes back as edited
+    cellsChanged();
 }
 
 void MatrixSequencer::setPageFromTableRow(int p, std::span<const uint8_t> row) {

@@ -103,6 +103,10 @@ public:
     // Pages and their names, for the page table: a table row is row x C + column.
     std::span<const uint8_t> page(int p) const;
     std::vector<uint8_t> pageAsTableRow(int p) const;
+    std::vector<uint8_t> liveAsTableRow() const;
+    // The page table editor closed: the live grid takes row 0 (page 0), as the editor
+    // showed it; the next pass loads the page in force again.
+    void tableClosed();
     void setPageFromTableRow(int p, std::span<const uint8_t> row);
     const std::string& pageName(int p) const { return PageNames.at(static_cast<size_t>(p & (kPages - 1))); }
     void setPageName(int p, std::string name);

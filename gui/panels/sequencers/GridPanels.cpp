@@ -3,6 +3,8 @@
 // that takes typing, a drag and the wheel.
 
 #include <QGuiApplication>
+#include <initializer_list>
+#include <utility>
 
 #include "engine/Engine.h"
 #include "gui/panels/PanelSpec.h"
@@ -106,6 +108,9 @@ PanelSpec matrixPanel(int columns, int rows) {
         });
     spec.controls.push_back(titleOutput());
     spec.controls.push_back(fillButton());
+    ControlSpec table = button("cmdTable", QStringLiteral("Table"), QStringLiteral("Open Page Table"), nullptr);
+    table.dialog = Dialog::PageTable;
+    spec.controls.push_back(std::move(table));
     spec.controls.push_back(button("cmdKnobSet", QStringLiteral("1"), QStringLiteral("Knob Graphics"),
                                    [](Module& m, Engine&, const Gesture&) { as<MatrixSequencer>(m).stepKnobSet(); }, 300));
     spec.controls.back().read = [](const Module& m) { return Shown::ofText(std::to_string(as<MatrixSequencer>(m).KnobSet + 1)); };
@@ -342,7 +347,7 @@ PanelSpec lampsPanel(int inputColumns) {
 }  // namespace
 
 void addGridPanels(const PanelAdder& add) {
-    for (auto [c, r] : {std::pair{4, 4}, {8, 4}, {8, 8}, {12, 8}, {16, 4}, {16, 8}}) {
+    for (auto [c, r] : std::initializer_list<std::pair<int, int>>{{4, 4}, {8, 4}, {8, 8}, {12, 8}, {16, 4}, {16, 8}}) {
         const std::string size = std::to_string(c) + "x" + std::to_string(r);
         add("Matrix" + size, matrixPanel(c, r));
         add("MOut" + size, satellitePanel());
