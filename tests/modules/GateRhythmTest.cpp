@@ -25,8 +25,8 @@ void expectLayout(const ModuleHarness& h, const Module& m) {
     record.raw(std::vector<uint8_t>(20, 0));
     record.raw(body(h, m));
     ByteReader in(record.bytes());
-    EXPECT_NO_THROW(skipRecord(in, parseLayout(fileSlotOf(m.type()).layout))) << m.info().name;
-    EXPECT_EQ(in.remaining(), 0u) << m.info().name;
+    EXPECT_NO_THROW(skipRecord(in, parseLayout(fileSlotOf(m.type()).layout))) << m.info().type;
+    EXPECT_EQ(in.remaining(), 0u) << m.info().type;
 }
 
 TEST(GatesModule, ClockAt126TracksAndOtherValuesSampleOnARisingEdge) {
@@ -155,8 +155,9 @@ TEST(RhythmModule, PasteKeepsAnUndoThatSwapsBack) {
     EXPECT_EQ(b.rows(), before);
     b.undoRows();
     EXPECT_EQ(b.rows(), a.rows()) << "a second undo redoes";
-    EXPECT_EQ(Rhythm::stepAtY(0, 320), 31);
-    EXPECT_EQ(Rhythm::stepAtY(320, 320), 0);
+    EXPECT_EQ(Rhythm::stepAtY(0, 320), 0);
+    EXPECT_EQ(Rhythm::stepAtY(320, 320), 31);
+    EXPECT_EQ(Rhythm::stepAtY(165, 320), 16);
 }
 
 TEST(SwitchModule, RoutesLiveAndReducesTheSelection) {
