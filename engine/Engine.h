@@ -18,6 +18,7 @@
 #include "engine/Catalogue.h"
 #include "engine/Durations.h"
 #include "engine/EngineLock.h"
+#include "engine/GridCells.h"
 #include "engine/Module.h"
 #include "engine/ModuleRegistry.h"
 #include "engine/ModuleTypeSlot.h"
@@ -88,6 +89,9 @@ class Engine {
     EngineSeams* seams_;
 
 public:
+    // The matrices' cells; made before the modules and gone after them.
+    GridCellStore gridCells;
+
     Engine(TimerService& timers, const ModuleRegistry& registry, EngineSeams* seams = nullptr);
     ~Engine();
     Engine(const Engine&) = delete;

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -155,6 +156,9 @@ public:
     // longer than the head).
     virtual void writeHeadTail(ByteWriter& /*out*/) const {}
     virtual void readHeadTail(ByteReader& /*in*/) {}
+    // A type whose record keeps Top as an i16 with a word of its own beside it: that word.
+    virtual std::optional<uint16_t> headWord() const { return std::nullopt; }
+    virtual void setHeadWord(uint16_t /*word*/) {}
 
 protected:
     // Called when the instance is placed or loaded, before its first update.

@@ -107,4 +107,28 @@ int EngineFormulaStores::fileChanged(int mid) {
     return data != nullptr ? data->takeDataChanged() : 0;
 }
 
+GridCells* EngineFormulaStores::grid(GridShape shape, int mid, int row, int col, int& at) {
+    const int rows = gridRows(shape);
+    if (row < 0 || row >= rows || col < 0 || col >= gridColumns(shape)) return nullptr;
+    at = col * rows + row;
+    return engine_.gridCells.find(GridCellStore::sizeIndex(gridColumns(shape), rows), mid);
+}
+
+int EngineFormulaStores::gridCell(GridShape shape, int mid, int row, int col) {
+    int at = 0;
+    const GridCells* cells = grid(shape, mid, row, col, at);
+    return cells ? cells->cells[static_cast<size_t>(at)] : 0;
+}
+
+bool EngineFormulaStores::writeGridCell(GridShape shape, int mid, int row, int col, int value) {
+    int at = 0;
+    GridCells* cells = grid(shape, mid, row, col, at);
+    return cells && cells->writeFromOutside(at, value);
+}
+
+int EngineFormulaStores::gridChanged(GridShape shape, int mid) {
+    const GridCells* cells = engine_.gridCells.find(GridCellStore::sizeIndex(gridColumns(shape), gridRows(shape)), mid);
+    return cells && cells->outsideWrite ? 1 : 0;
+}
+
 }  // namespace quillmer

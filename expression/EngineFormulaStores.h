@@ -2,9 +2,9 @@
 // The formula functions' doors wired to an engine: the bus, the transport, the duration
 // counters, MIDI out and the MIDI input tables, the options' absolute clocks, the formula
 // timers on the engine's timer service, and the engine's random generator for RND.
-// The general tables are the engine's; the pictures of Image modules and the readings of
-// mouse pads are reached by their numbers, Sfile data by the module's instance index.
-// Stores it doesn't hold yet keep answering 0.
+// The general tables and the matrices' cells are the engine's; the pictures of Image
+// modules and the readings of mouse pads are reached by their numbers, Sfile data by the
+// module's instance index. Stores it doesn't hold yet keep answering 0.
 
 #include <array>
 
@@ -38,10 +38,14 @@ public:
     int fileStep(int mid, int step) override;
     void writeFileStep(int mid, int step, int value) override;
     int fileChanged(int mid) override;
+    // The matrices' cells; a cell outside the grid reads 0 and takes no write.
+    int gridCell(GridShape shape, int mid, int row, int col) override;
+    bool writeGridCell(GridShape shape, int mid, int row, int col, int value) override;
+    int gridChanged(GridShape shape, int mid) override;
 
 private:
     StepData* fileData(int mid);  // the Sfile module of instance index `mid`
-
+    GridCells* grid(GridShape shape, int mid, int row, int col, int& at);
     Engine& engine_;
     FormulaRuntime* runtime_ = nullptr;
     std::array<TimerId, 10> aclockTimers_{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1};

@@ -6,6 +6,7 @@
 #include "gui/FillDialog.h"
 #include "gui/PageTableEditor.h"
 #include "modules/sequencers/FillTarget.h"
+#include "modules/sequencers/MatrixTypes.h"
 #include "modules/sequencers/Pages.h"
 
 namespace quillmer::gui {
@@ -47,11 +48,43 @@ FillDialog* openFillDialog(Engine& engine, UserDialogs& dialogs, ModuleFinder fi
     return dialog;
 }
 
+namespace {
+// A matrix's pages in the editor: row 0 is the live grid, named "AutoUpdate" (or the rule).
+PageTableEditor* openMatrixPages(Engine& engine, UserDialogs& dialogs, ModuleFinder find, MatrixSequencer& matrix,
+                                 QWidget* parent) {
+    auto table = std::make_shared<PageTable>(matrix.size().cells());
+    for (int r = 0; r < PageTable::kRows; ++r) {
+        const std::vector<uint8_t> row = matrix.pageAsTableRow(r);
+        std::copy(row.begin(), row.end(), table->row(r).begin());
+        table->setName(r, matrix.pageName(r));
+    }
+    const std::vector<uint8_t> live = matrix.liveAsTableRow();
+    std::copy(live.begin(), live.end(), table->row(0).begin());
+    table->setName(0, matrix.liveRowName());
+    auto* editor = new PageTableEditor(*table, 0, dialogs, parent);
+    editor->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(editor, &QDialog::finished, editor, [&engine, find, table] {
+        auto held = engine.lock();
+        auto* m = dynamic_cast<MatrixSequencer*>(find());
+        if (!m) return;
+        for (int r = 0; r < PageTable::kRows; ++r) {
+            m->setPageFromTableRow(r, std::span<const uint8_t>(table->row(r).data(), static_cast<size_t>(table->length())));
+            m->setPageName(r, table->name(r));
+        }
+        m->tableClosed();
+        engine.MarkPatchChanged(true);
+    });
+    editor->open();
+    return editor;
+}
+}  // namespace
+
 PageTableEditor* openPageTable(Engine& engine, UserDialogs& dialogs, ModuleFinder find, QWidget* parent) {
     auto table = std::make_shared<PageTable>();
     int current = 0;
     {
         auto held = engine.lock();
+        if (auto* matrix = dynamic_cast<MatrixSequencer*>(find())) return openMatrixPages(engine, dialogs, find, *matrix, parent);
         auto* pages = dynamic_cast<PageSequencer*>(find());
         if (!pages) return nullptr;
         *table = PageTable(pages->stageCount());

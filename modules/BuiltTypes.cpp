@@ -27,11 +27,17 @@
 #include "modules/processors/Sums.h"
 #include "modules/sequencers/BioSequencer.h"
 #include "modules/sequencers/Clocks.h"
+#include "modules/sequencers/Gates.h"
+#include "modules/sequencers/Knobs.h"
+#include "modules/sequencers/MatrixTypes.h"
 #include "modules/sequencers/Pages.h"
+#include "modules/sequencers/Picks.h"
+#include "modules/sequencers/Rhythm.h"
 #include "modules/sequencers/Runs.h"
 #include "modules/sequencers/Sfile.h"
 #include "modules/sequencers/Slides.h"
 #include "modules/sequencers/Steps.h"
+#include "modules/sequencers/Switches.h"
 
 namespace quillmer {
 
@@ -176,6 +182,27 @@ void registerBuiltTypes(ModuleRegistry& registry) {
     registry.add<Corupt>("Corupt");
     registry.add<BioSeq>("BioSeq");
     registry.add<BioFlag>("BioFlag");
+    registerMatrixTypes(registry);
+    registry.add<Gates>("Gates");
+    registry.add<Gatex08>("Gatex08");
+    registry.add<Gatex16>("Gatex16");
+    registry.add<Gatex32>("Gatex32");
+    registry.add<Rhythm>("Rhythm");
+    registry.add<Pick04>("Pick04");
+    registry.add<Pick08>("Pick08");
+    registry.add<Pick16>("Pick16");
+    registry.add<Pick24>("Pick24");
+    registry.add<Radio>("Radio");
+    registry.add<Switch2>("Switch2");
+    registry.add<Switch4>("Switch4");
+    registry.add<Switch8>("Switch8");
+    registry.add<Switch16>("Switch16");
+    registry.add<Knob2>("Knob2");
+    registry.add<Knob4>("Knob4");
+    registry.add<Knob8>("Knob8");
+    registry.add<Knob12>("Knob12");
+    registry.add<Knob16>("Knob16");
+    registry.add<Knob24>("Knob24");
 }
 
 const ModuleRegistry& builtTypes() {

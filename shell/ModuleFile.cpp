@@ -29,7 +29,12 @@ void writeHead(ByteWriter& out, const Module& m) {
     out.i16(m.OutSlot);
     out.i16(m.priority());
     out.i16(m.Page);
-    out.i32(m.Top);
+    if (const auto word = m.headWord()) {
+        out.i16(static_cast<int16_t>(m.Top));
+        out.u16(*word);
+    } else {
+        out.i32(m.Top);
+    }
     out.i32(m.Left);
     m.writeHeadTail(out);
     out.str(m.Name);
@@ -42,6 +47,10 @@ void readHead(ByteReader& in, Module& m) {
     m.setPriority(in.i16());
     m.Page = in.i16();
     m.Top = in.i32();
+    if (m.headWord()) {
+        m.setHeadWord(static_cast<uint16_t>(static_cast<uint32_t>(m.Top) >> 16));
+        m.Top = static_cast<int16_t>(m.Top & 0xFFFF);
+    }
     m.Left = in.i32();
     m.readHeadTail(in);
     m.Name = in.str();

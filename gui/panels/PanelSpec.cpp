@@ -36,6 +36,7 @@ public:
         addSidePanels(add);
         addGeneratorPanels(add);
         addBioPanels(add);
+        addGridPanels(add);
         placeholder_.placeholder = true;
         placeholder_.controls.push_back(caption("lblNotYet", [](const Module&) { return Shown::ofText("Doesn't run yet"); }));
         placeholder_.controls.back().tip = text(Module::kPlaceholderNote);

@@ -191,5 +191,6 @@ void addDisplayPanels(const PanelAdder& add);
 void addSidePanels(const PanelAdder& add);
 void addGeneratorPanels(const PanelAdder& add);
 void addBioPanels(const PanelAdder& add);
+void addGridPanels(const PanelAdder& add);
 
 }  // namespace quillmer::gui

@@ -54,6 +54,8 @@ PanelSpec slidePanel(int stages, int barWidth, int rightEdge) {
             s.knob(value, key);
         } else if (g.kind == Gesture::Kind::Move) {
             s.knob(value);
+        } else if (g.kind == Gesture::Kind::Value) {
+            s.setScaleLimit(g.number);
         }
         e.MarkPatchChanged(true);
     };

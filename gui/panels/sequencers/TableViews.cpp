@@ -1,13 +1,18 @@
 #include "gui/panels/sequencers/TableViews.h"
 
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QMouseEvent>
+#include <QWheelEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
 #include "engine/Constants.h"
 #include "modules/sequencers/Slides.h"
+#include "modules/sequencers/Steps.h"
 
 namespace quillmer::gui {
 
@@ -18,6 +23,21 @@ const QColor kLampOn(255, 0, 0);
 const QColor kLampOff(110, 0, 0);
 constexpr int kLampTop = 3;
 constexpr int kLampHeight = 5;
+
+// The box a double-click opens on a knob; Escape closes it with nothing sent.
+class KnobEntry final : public QLineEdit {
+public:
+    using QLineEdit::QLineEdit;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        if (event->key() == Qt::Key_Escape) {
+            deleteLater();
+            return;
+        }
+        QLineEdit::keyPressEvent(event);
+    }
+};
 
 int buttonOf(Qt::MouseButton b) { return b == Qt::LeftButton ? 1 : b == Qt::NoButton ? 0 : 2; }
 int heldOf(Qt::MouseButtons held) { return held & Qt::LeftButton ? 1 : held == Qt::NoButton ? 0 : 2; }
@@ -134,7 +154,10 @@ void BarsView::leaveEvent(QEvent*) {
 
 // --- KnobView ---
 
-KnobView::KnobView(QWidget* parent) : QWidget(parent) { setCursor(Qt::PointingHandCursor); }
+KnobView::KnobView(QWidget* parent) : QWidget(parent) {
+    setCursor(Qt::PointingHandCursor);
+    setFocusPolicy(Qt::StrongFocus);
+}
 
 void KnobView::setValue(int value) {
     if (value == value_) return;
@@ -177,6 +200,57 @@ void KnobView::mouseMoveEvent(QMouseEvent* event) {
     g.y = static_cast<int>(event->position().y() * kTwipsPerPixel);
     g.button = 1;
     emit gesture(g);
+}
+
+void KnobView::sendValue(int value) {
+    value = std::clamp(value, 0, 127);
+    if (value == value_) return;
+    setValue(value);
+    Gesture g;
+    g.kind = Gesture::Kind::Value;
+    g.number = value;
+    emit gesture(g);
+}
+
+void KnobView::wheelEvent(QWheelEvent* event) {
+    wheelRest_ += event->angleDelta().y();
+    const int notches = wheelRest_ / 120;
+    wheelRest_ %= 120;
+    if (notches != 0) sendValue(value_ + notches * (event->modifiers() & Qt::ShiftModifier ? 10 : 1));
+    event->accept();
+}
+
+void KnobView::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+        case Qt::Key_Up:
+        case Qt::Key_Right: sendValue(value_ + 1); break;
+        case Qt::Key_Down:
+        case Qt::Key_Left: sendValue(value_ - 1); break;
+        case Qt::Key_PageUp: sendValue(value_ + 10); break;
+        case Qt::Key_PageDown: sendValue(value_ - 10); break;
+        case Qt::Key_Home: sendValue(0); break;
+        case Qt::Key_End: sendValue(127); break;
+        default: QWidget::keyPressEvent(event); return;
+    }
+    event->accept();
+}
+
+void KnobView::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) return;
+    auto* entry = new KnobEntry(QString::number(value_), this);
+    entry->setObjectName(QStringLiteral("knobEntry"));
+    entry->setGeometry(rect());
+    entry->setAlignment(Qt::AlignCenter);
+    entry->setMaxLength(3);
+    entry->selectAll();
+    entry->show();
+    entry->setFocus();
+    connect(entry, &QLineEdit::returnPressed, this, [this, entry] {
+        const std::string typed = entry->text().toStdString();
+        entry->deleteLater();
+        sendValue(ParseBusValue(typed));
+    });
+    connect(entry, &QLineEdit::editingFinished, entry, &QObject::deleteLater);
 }
 
 }  // namespace quillmer::gui

@@ -43,7 +43,10 @@ private:
 };
 
 // A knob: 23 pixels square, 0..127 round the dial with the seam at the bottom. Gestures
-// carry twips inside the knob and the Ctrl, Shift and Alt keys.
+// carry twips inside the knob and the Ctrl, Shift and Alt keys. Every knob also takes the
+// wheel (Shift for tens), the arrow, page, Home and End keys, and a double-click that opens
+// a box to type the value in (Enter keeps it, Escape leaves the knob alone); these send a
+// Value gesture with the new number.
 class KnobView : public QWidget {
     Q_OBJECT
 public:
@@ -59,9 +62,14 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    void sendValue(int value);
     int value_ = 0;
+    int wheelRest_ = 0;
 };
 
 // The knob's pointer angle for a value, counter-clockwise from the right.
