@@ -4,8 +4,17 @@
 
 #include "engine/Durations.h"
 #include "engine/OutputBus.h"
+#include "expression/FormulaPanels.h"
 
 namespace quillmer {
+
+EngineFormulaStores::~EngineFormulaStores() {
+    runtime_ = nullptr;
+    for (TimerId t : aclockTimers_)
+        if (t >= 0) engine_.timers().setInterval(t, 0);
+    for (TimerId t : timerTimers_)
+        if (t >= 0) engine_.timers().setInterval(t, 0);
+}
 
 void EngineFormulaStores::attach(FormulaRuntime& runtime) {
     runtime_ = &runtime;
@@ -49,6 +58,34 @@ void EngineFormulaStores::setFormulaTimer(int kind, int n, int ms) {
 void EngineFormulaStores::sendMidi(int port, uint8_t status, uint8_t data1, uint8_t data2) {
     if (port < 0 || port >= kPortCount) return;
     engine_.ports.SendMIDI(port, status, data1, data2);
+}
+
+namespace {
+template <class Face>
+Face* panelOf(Engine& engine, const char* type, int mid) {
+    const auto id = typeIdByName(type);
+    if (!id) return nullptr;
+    Module* m = engine.typeSlot(*id).at(static_cast<int16_t>(mid));
+    return m != nullptr && m->Active != 0 ? dynamic_cast<Face*>(m) : nullptr;
+}
+}  // namespace
+
+int EngineFormulaStores::mouse(int mid, int reading) {
+    const FormulaMousePad* pad = panelOf<FormulaMousePad>(engine_, "UCalc7", mid);
+    return pad != nullptr ? pad->mouseReading(reading) : 0;
+}
+
+double EngineFormulaStores::slider(int mid, int num) {
+    const FormulaSliderBank* bank = panelOf<FormulaSliderBank>(engine_, "UFSldr", mid);
+    return bank != nullptr ? bank->sliderValue(num) : 0.0;
+}
+
+void EngineFormulaStores::putSlider(int mid, int num, double value) {
+    if (FormulaSliderBank* bank = panelOf<FormulaSliderBank>(engine_, "UFSldr", mid)) bank->putSliderValue(num, value);
+}
+
+void EngineFormulaStores::sliderRange(int mid, int num, double range, double offset) {
+    if (FormulaSliderBank* bank = panelOf<FormulaSliderBank>(engine_, "UFSldr", mid)) bank->setSliderRange(num, range, offset);
 }
 
 }  // namespace quillmer

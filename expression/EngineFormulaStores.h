@@ -3,7 +3,7 @@
 // counters, MIDI out and the MIDI input tables, the options' absolute clocks, the formula
 // timers on the engine's timer service, and the engine's random generator for RND.
 // The general tables are the engine's; stores it doesn't hold yet (matrix grids, Sfile data,
-// panels) keep answering 0.
+// the other panels) keep answering 0.
 
 #include <array>
 
@@ -16,6 +16,8 @@ namespace quillmer {
 class EngineFormulaStores : public FormulaStores {
 public:
     explicit EngineFormulaStores(Engine& engine) : engine_(engine) {}
+    // Stops the formula timers, which call into the runtime.
+    ~EngineFormulaStores() override;
     // The runtime that the formula timers report to; also routes its RND to the engine.
     void attach(FormulaRuntime& runtime);
 
@@ -29,6 +31,11 @@ public:
     MidiInputTables* midiInput() override { return &engine_.ports.in; }
     int tableStep(int table, int step) override { return engine_.generalTableStep(table, step); }
     void writeTableStep(int table, int step, int value) override { engine_.writeGeneralTableStep(table, step, value); }
+    // Slider banks and mouse pads, by instance number.
+    int mouse(int mid, int reading) override;
+    double slider(int mid, int num) override;
+    void putSlider(int mid, int num, double value) override;
+    void sliderRange(int mid, int num, double range, double offset) override;
 
 private:
     Engine& engine_;

@@ -22,7 +22,9 @@ std::string trimmed(const std::string& text) {
     return end == std::string::npos ? std::string() : text.substr(0, end + 1);
 }
 
-void writeHead(ByteWriter& out, const Module& m) {
+// A layout without "H" keeps the same words in its leading block, and the name wherever its
+// type puts it: such a type reads and writes the name in its body.
+void writeHead(ByteWriter& out, const Module& m, bool withName = true) {
     out.i16(m.Active);
     out.i16(m.Enabled);
     out.i16(m.OutSlot);
@@ -30,10 +32,10 @@ void writeHead(ByteWriter& out, const Module& m) {
     out.i16(m.Page);
     out.i32(m.Top);
     out.i32(m.Left);
-    out.str(m.Name);
+    if (withName) out.str(m.Name);
 }
 
-void readHead(ByteReader& in, Module& m) {
+void readHead(ByteReader& in, Module& m, bool withName = true) {
     m.Active = in.i16();
     m.Enabled = in.i16();
     m.OutSlot = in.i16();
@@ -41,7 +43,7 @@ void readHead(ByteReader& in, Module& m) {
     m.Page = in.i16();
     m.Top = in.i32();
     m.Left = in.i32();
-    m.Name = in.str();
+    if (withName) m.Name = in.str();
 }
 
 // A placeholder's record as read: the head words stand first whatever the layout.
@@ -88,7 +90,7 @@ void readModule(Module& m, OutputNames& names, std::span<const uint8_t> record, 
         return;
     }
     ByteReader in(record.data(), record.size());
-    readHead(in, m);
+    readHead(in, m, layout.front().kind == LayoutToken::Kind::Head);
     m.readBody(in, names);
     if (in.remaining() != 0) throw RecordFormatError("record longer than its type reads");
 }
@@ -100,7 +102,7 @@ void writeModule(ByteWriter& out, const Module& m, const OutputNames& names, con
         out.raw(p.record.empty() ? placeholderRecord(m, layout) : p.record);
         return;
     }
-    writeHead(out, m);
+    writeHead(out, m, layout.front().kind == LayoutToken::Kind::Head);
     m.writeBody(out, names);
 }
 
