@@ -27,5 +27,7 @@ void addMfxCommand(CLI::App& app, int& exitStatus);
 void addTypesCommand(CLI::App& app, int& exitStatus);
 // `eval FORMULA [--in V,...] [--clock V]`: a formula's value, or its error.
 void addEvalCommand(CLI::App& app, int& exitStatus);
+// `ufn FILE [--save OUT]`: checks a user function file.
+void addUfnCommand(CLI::App& app, int& exitStatus);
 
 }  // namespace quillmer

@@ -32,6 +32,7 @@ public:
         addNoteValuePanels(add);
         addChainPanel(add);
         addMidiInputPanels(add);
+        addFormulaPanels(add);
         placeholder_.placeholder = true;
         placeholder_.controls.push_back(caption("lblNotYet", [](const Module&) { return Shown::ofText("Doesn't run yet"); }));
         placeholder_.controls.back().tip = text(Module::kPlaceholderNote);

@@ -84,7 +84,7 @@ enum class ControlKind {
 // Buttons whose gesture needs a question first; the panel board asks it. TableBank and
 // ToneTable open the general-table and tuning editors on the table number the button's
 // reader gives (Shown::number).
-enum class Dialog { None, Channel, ChainFile, Fill, PageTable, MfxFile, TableBank, ToneTable };
+enum class Dialog { None, Channel, ChainFile, Fill, PageTable, MfxFile, TableBank, ToneTable, SliderSetup };
 
 using Reader = std::function<Shown(const Module&)>;
 using Editor = std::function<void(Module&, Engine&, const Gesture&)>;
@@ -171,5 +171,6 @@ void addNoteOutputPanels(const PanelAdder& add);
 void addNoteValuePanels(const PanelAdder& add);
 void addChainPanel(const PanelAdder& add);
 void addMidiInputPanels(const PanelAdder& add);
+void addFormulaPanels(const PanelAdder& add);
 
 }  // namespace quillmer::gui

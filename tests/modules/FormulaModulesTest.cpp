@@ -281,3 +281,83 @@ TEST(FormulaReload, NewFormulasRunFromTheNextTickWhileThePatchRuns) {
 
 }  // namespace
 }  // namespace quillmer::testing
+
+namespace quillmer::testing {
+namespace {
+
+TEST(SliderBank, FormulasReadWriteAndRangeSlidersByModuleNumber) {
+    FormulaHarness h;
+    auto& bank0 = static_cast<UFSldr&>(h.ModuleHarness::add("UFSldr"));
+    auto& bank1 = static_cast<UFSldr&>(h.ModuleHarness::add("UFSldr"));
+    bank1.setPosition(3, 0.5);
+    h.formula(1, "out(GetSlider(1, 3))");
+    FormulaModule& reader = h.add("UCalc4", 1);
+    h.ticks(1);
+    EXPECT_EQ(h.out(reader), 63) << "0.5 x 127, cut to a whole number";
+    h.formula(2, "fnEval(SliderRange(0, 2, -10, 5), PutSlider(0, 2, 10), out(GetSlider(0, 2)))");
+    reader.chooseFormula(2);
+    h.ticks(1);
+    EXPECT_DOUBLE_EQ(bank0.setup(2).range, 10) << "a range is kept by its size";
+    EXPECT_DOUBLE_EQ(bank0.position(2), 0.5);
+    EXPECT_EQ(h.out(reader), 10);
+    h.formula(3, "fnEval(PutSlider(0, 64, 1), PutSlider(5, 0, 1), SliderRange(0, 1, 0), out(GetSlider(0, 1)*10))");
+    reader.chooseFormula(3);
+    h.ticks(1);
+    EXPECT_DOUBLE_EQ(bank0.setup(1).range, 0.1) << "at least 0.1";
+    EXPECT_EQ(h.out(reader), 0) << "past 63 and absent banks change nothing";
+}
+
+TEST(SliderBank, RecordKeepsSetupsCaptionsTextAndPositionsPerSnapshot) {
+    FormulaHarness h;
+    auto& bank = static_cast<UFSldr&>(h.ModuleHarness::add("UFSldr"));
+    bank.setSliderCount(20);
+    std::vector<SliderSetup> setups(kBankSliders);
+    setups[7] = SliderSetup{12.5, -3, 2.0f};
+    bank.applySetup(setups, "pitch bank");
+    bank.setCaption(7, "Tilt");
+    bank.setPosition(7, 1.0);
+    bank.PatchStore(*h.engine);
+    bank.setPosition(7, 0.0);
+
+    const std::vector<uint8_t> bytes = body(h, bank);
+    ByteWriter head;
+    for (int i = 0; i < 5; ++i) head.i16(0);
+    head.i32(0);
+    head.i32(0);
+    std::vector<uint8_t> record = head.bytes();
+    record.insert(record.end(), bytes.begin(), bytes.end());
+    ByteReader in(record);
+    skipRecord(in, parseLayout(fileSlotOf(Harness::id("UFSldr")).layout));
+    EXPECT_EQ(in.remaining(), 0u) << "the layout's size";
+
+    auto back = readBack(h, "UFSldr", bytes);
+    auto& b = static_cast<UFSldr&>(*back);
+    EXPECT_EQ(b.sliderCount(), 20);
+    EXPECT_EQ(b.doc(), "pitch bank");
+    EXPECT_EQ(b.caption(7), "Tilt");
+    EXPECT_DOUBLE_EQ(b.setup(7).range, 12.5);
+    EXPECT_DOUBLE_EQ(b.setup(7).offset, -3);
+    EXPECT_FLOAT_EQ(b.setup(7).sens, 2.0f);
+    EXPECT_DOUBLE_EQ(b.sliderValue(7), 9.5) << "snapshot 0 as stored: full position";
+    EXPECT_EQ(UFSldr::formatValue(9.5), "9.5");
+    EXPECT_EQ(UFSldr::formatValue(1.0 / 3), "0.333");
+    EXPECT_EQ(UFSldr::formatValue(-0.0001), "0");
+}
+
+TEST(SliderBank, TouchesAndFillMoveSlidersWithinTheCount) {
+    FormulaHarness h;
+    auto& bank = static_cast<UFSldr&>(h.ModuleHarness::add("UFSldr"));
+    bank.setSliderCount(4);
+    bank.touch(UFSldr::kBarsLeft + UFSldr::kBarWidth * 2, UFSldr::kBarsTop);
+    EXPECT_DOUBLE_EQ(bank.position(2), 1.0);
+    EXPECT_EQ(bank.stage(), 2);
+    bank.touch(UFSldr::kBarsLeft + UFSldr::kBarWidth * 5, UFSldr::kBarsTop);
+    EXPECT_DOUBLE_EQ(bank.position(5), 0.0) << "past the count";
+    const uint8_t fill[] = {127, 0, 127, 0, 127, 127};
+    bank.UpdateSeq(fill, 0);
+    EXPECT_DOUBLE_EQ(bank.position(0), 1.0);
+    EXPECT_DOUBLE_EQ(bank.position(4), 0.0) << "only the sliders in use";
+}
+
+}  // namespace
+}  // namespace quillmer::testing
