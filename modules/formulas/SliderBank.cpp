@@ -29,7 +29,7 @@ double getDouble(ByteReader& in) {
 UFSldr::UFSldr() : Module(*typeIdByName("UFSldr"), {}) {}
 
 void UFSldr::setSliderCount(int n) {
-    count_ = static_cast<int16_t>(std::clamp(n, 1, kSliderCount));
+    count_ = static_cast<int16_t>(std::clamp(n, 1, kBankSliders));
     stage_ = static_cast<int16_t>(std::min<int>(stage_, count_ - 1));
     viewChanged = true;
 }
@@ -149,7 +149,7 @@ void UFSldr::writeBody(ByteWriter& out, const OutputNames&) const {
 }
 
 void UFSldr::readBody(ByteReader& in, OutputNames&) {
-    count_ = static_cast<int16_t>(std::clamp<int>(in.i16(), 1, kSliderCount));
+    count_ = static_cast<int16_t>(std::clamp<int>(in.i16(), 1, kBankSliders));
     stage_ = static_cast<int16_t>(std::clamp<int>(in.i16(), 0, count_ - 1));
     spareWord_ = in.i16();
     Name = in.str();

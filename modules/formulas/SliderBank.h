@@ -16,7 +16,7 @@
 
 namespace quillmer {
 
-constexpr int kSliderCount = 64;
+constexpr int kBankSliders = 64;
 
 struct SliderSetup {
     double range = 127;
@@ -68,16 +68,16 @@ protected:
     void storeSettings(int snapshot) override;
 
 private:
-    static bool inRange(int num) { return num >= 0 && num < kSliderCount; }
+    static bool inRange(int num) { return num >= 0 && num < kBankSliders; }
     int16_t count_ = 16;
     int16_t stage_ = 0;
     int16_t spareWord_ = 0;
     uint8_t spare_[2] = {0, 0};
     std::string doc_;
-    std::array<double, kSliderCount> x_{};
-    std::array<SliderSetup, kSliderCount> setups_{};
-    std::array<std::string, kSliderCount> captions_{};
-    std::array<std::array<uint8_t, kSliderCount>, kSnapshotCount> stored_{};
+    std::array<double, kBankSliders> x_{};
+    std::array<SliderSetup, kBankSliders> setups_{};
+    std::array<std::string, kBankSliders> captions_{};
+    std::array<std::array<uint8_t, kBankSliders>, kSnapshotCount> stored_{};
 };
 
 }  // namespace quillmer
