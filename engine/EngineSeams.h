@@ -8,6 +8,8 @@
 
 namespace quillmer {
 
+class FormulaRuntime;
+
 class EngineSeams {
 public:
     virtual ~EngineSeams() = default;
@@ -23,6 +25,8 @@ public:
     virtual void sampleCpuLoad() {}
     // The floating sliders resend while a resync is pending.
     virtual void resendSliders() {}
+    // The formula runtime that formula modules run on; none until it has been started.
+    virtual FormulaRuntime* formulaRuntime() { return nullptr; }
     // The formula runtime's view of the resync pulse (1.0 while it lasts).
     virtual void setResyncPulseVariable(double /*value*/) {}
     // The engine's random generator was seeded (Engine::seedRandom): parts with random

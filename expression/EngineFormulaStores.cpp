@@ -19,6 +19,14 @@ Face* numbered(Engine& engine, std::string_view type, int mid) {
 }
 }  // namespace
 
+EngineFormulaStores::~EngineFormulaStores() {
+    runtime_ = nullptr;
+    for (TimerId t : aclockTimers_)
+        if (t >= 0) engine_.timers().setInterval(t, 0);
+    for (TimerId t : timerTimers_)
+        if (t >= 0) engine_.timers().setInterval(t, 0);
+}
+
 void EngineFormulaStores::attach(FormulaRuntime& runtime) {
     runtime_ = &runtime;
     runtime.calc().setRandom([](void* user) { return static_cast<double>(static_cast<Engine*>(user)->random.next()); },
@@ -61,11 +69,6 @@ void EngineFormulaStores::setFormulaTimer(int kind, int n, int ms) {
 void EngineFormulaStores::sendMidi(int port, uint8_t status, uint8_t data1, uint8_t data2) {
     if (port < 0 || port >= kPortCount) return;
     engine_.ports.SendMIDI(port, status, data1, data2);
-}
-
-int EngineFormulaStores::mouse(int mid, int reading) {
-    const FormulaPad* pad = numbered<FormulaPad>(engine_, "Mousexy", mid);
-    return pad ? pad->padReading(reading) : 0;
 }
 
 bool EngineFormulaStores::readPixel(int mid, int x, int y, uint32_t& colour) {
@@ -129,6 +132,25 @@ bool EngineFormulaStores::writeGridCell(GridShape shape, int mid, int row, int c
 int EngineFormulaStores::gridChanged(GridShape shape, int mid) {
     const GridCells* cells = engine_.gridCells.find(GridCellStore::sizeIndex(gridColumns(shape), gridRows(shape)), mid);
     return cells && cells->outsideWrite ? 1 : 0;
+}
+
+
+int EngineFormulaStores::mouse(int mid, int reading) {
+    const FormulaMousePad* pad = numbered<FormulaMousePad>(engine_, "UCalc7", mid + 1);
+    return pad != nullptr ? pad->mouseReading(reading) : 0;
+}
+
+double EngineFormulaStores::slider(int mid, int num) {
+    const FormulaSliderBank* bank = numbered<FormulaSliderBank>(engine_, "UFSldr", mid + 1);
+    return bank != nullptr ? bank->sliderValue(num) : 0.0;
+}
+
+void EngineFormulaStores::putSlider(int mid, int num, double value) {
+    if (FormulaSliderBank* bank = numbered<FormulaSliderBank>(engine_, "UFSldr", mid + 1)) bank->putSliderValue(num, value);
+}
+
+void EngineFormulaStores::sliderRange(int mid, int num, double range, double offset) {
+    if (FormulaSliderBank* bank = numbered<FormulaSliderBank>(engine_, "UFSldr", mid + 1)) bank->setSliderRange(num, range, offset);
 }
 
 }  // namespace quillmer

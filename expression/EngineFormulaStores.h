@@ -3,8 +3,8 @@
 // counters, MIDI out and the MIDI input tables, the options' absolute clocks, the formula
 // timers on the engine's timer service, and the engine's random generator for RND.
 // The general tables and the matrices' cells are the engine's; the pictures of Image
-// modules and the readings of mouse pads are reached by their numbers, Sfile data by the
-// module's instance index. Stores it doesn't hold yet keep answering 0.
+// modules are reached by the numbers in their names; Sfile data, slider banks and the mouse
+// pads of formula modules by instance numbers.
 
 #include <array>
 
@@ -18,6 +18,8 @@ namespace quillmer {
 class EngineFormulaStores : public FormulaStores {
 public:
     explicit EngineFormulaStores(Engine& engine) : engine_(engine) {}
+    // Stops the formula timers, which call into the runtime.
+    ~EngineFormulaStores() override;
     // The runtime that the formula timers report to; also routes its RND to the engine.
     void attach(FormulaRuntime& runtime);
 
@@ -31,7 +33,6 @@ public:
     MidiInputTables* midiInput() override { return &engine_.ports.in; }
     int tableStep(int table, int step) override { return engine_.generalTableStep(table, step); }
     void writeTableStep(int table, int step, int value) override { engine_.writeGeneralTableStep(table, step, value); }
-    int mouse(int mid, int reading) override;
     bool readPixel(int mid, int x, int y, uint32_t& colour) override;
     bool writePixel(int mid, int x, int y, uint32_t colour) override;
     bool fillPicture(int mid, uint32_t colour) override;
@@ -42,6 +43,11 @@ public:
     int gridCell(GridShape shape, int mid, int row, int col) override;
     bool writeGridCell(GridShape shape, int mid, int row, int col, int value) override;
     int gridChanged(GridShape shape, int mid) override;
+    // Slider banks and mouse pads, by instance number.
+    int mouse(int mid, int reading) override;
+    double slider(int mid, int num) override;
+    void putSlider(int mid, int num, double value) override;
+    void sliderRange(int mid, int num, double range, double offset) override;
 
 private:
     StepData* fileData(int mid);  // the Sfile module of instance index `mid`

@@ -1,7 +1,8 @@
 #pragma once
-// What formulas reach of module panels: the picture of an image module and the readings of a
-// mouse pad. The module types implement these faces; the engine's stores find a module by the
-// number in its name ("3Image-" is picture 3).
+// What formulas reach of module panels: the picture of an image module, a slider bank's
+// values and ranges, and the mouse pad of a formula module. The module types implement these
+// faces; the engine's stores find a picture by the number in its name ("3Image-" is picture
+// 3), slider banks and formula pads by their instance numbers.
 
 #include <cstdint>
 
@@ -16,11 +17,21 @@ public:
     virtual void paintAll(uint32_t colour) = 0;
 };
 
-class FormulaPad {
+class FormulaSliderBank {
 public:
-    virtual ~FormulaPad() = default;
-    // 0 x, 1 y, 2 the buttons held, 3 a gate, 4 the clicks; another reading is 0.
-    virtual int padReading(int reading) const = 0;
+    virtual ~FormulaSliderBank() = default;
+    // Raw position x (0..1) times range, plus offset.
+    virtual double sliderValue(int num) const = 0;
+    // Moves the slider so that it shows `value` as near as its range allows.
+    virtual void putSliderValue(int num, double value) = 0;
+    virtual void setSliderRange(int num, double range, double offset) = 0;
+};
+
+class FormulaMousePad {
+public:
+    virtual ~FormulaMousePad() = default;
+    // 0 button, 1 shift state, 2 x steps, 3 y steps, 4 moving; other readings 0.
+    virtual int mouseReading(int reading) const = 0;
 };
 
 }  // namespace quillmer

@@ -117,6 +117,16 @@ int FormulaRuntime::uidOf(int moduleId) {
     return uid;
 }
 
+uint32_t FormulaRuntime::matrixRow(int uid, int row) const {
+    if (uid < 1 || uid >= kUidCount || row < 0 || row >= 32) return 0;
+    return state_->lm[static_cast<size_t>(uid)][static_cast<size_t>(row)];
+}
+
+void FormulaRuntime::setMatrixRow(int uid, int row, uint32_t word) {
+    if (uid < 1 || uid >= kUidCount || row < 0 || row >= 32) return;
+    state_->lm[static_cast<size_t>(uid)][static_cast<size_t>(row)] = word;
+}
+
 void FormulaRuntime::setRunVariables(bool run, bool start) {
     calc_.setVariable(runHandle_, run ? 1 : 0);
     calc_.setVariable(startHandle_, start ? 1 : 0);

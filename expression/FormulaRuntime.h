@@ -112,6 +112,10 @@ public:
     int uidOf(int moduleId);
     int uidCount() const { return uidCount_; }
 
+    // A row of a module's lamp matrix (LM), by Uid 1..127; others read 0 and take nothing.
+    uint32_t matrixRow(int uid, int row) const;
+    void setMatrixRow(int uid, int row, uint32_t word);
+
     // --- the tick and timers ---
     bool autoStart = false;
     // The tick's Run and Start variables.

@@ -1,5 +1,7 @@
 #include "gui/MainWindow.h"
 
+#include "gui/FormulaEditor.h"
+
 #include <QApplication>
 #include <QCloseEvent>
 #include <QKeyEvent>
@@ -148,10 +150,9 @@ void MainWindow::buildMenus() {
     QAction* optionsEntry = menuBar()->addAction(QStringLiteral("&Options"));
     optionsEntry->setObjectName(QStringLiteral("mnuFilemnuOptions"));
     connect(optionsEntry, &QAction::triggered, &options_, &OptionsWindow::showOptions);
-    // The user function editor comes later.
     QAction* ufProg = menuBar()->addAction(QStringLiteral("&UF-Prog"));
     ufProg->setObjectName(QStringLiteral("mnuFilemnuUCalc"));
-    ufProg->setEnabled(false);
+    connect(ufProg, &QAction::triggered, this, &MainWindow::openFormulaEditor);
     QAction* map = menuBar()->addAction(QStringLiteral("M&ap"));
     map->setObjectName(QStringLiteral("mnuModuleMap"));
     connect(map, &QAction::triggered, this, &MainWindow::openModuleMap);
@@ -288,6 +289,13 @@ void MainWindow::refreshPanels() {
     panels_->refresh();
     refreshConnections();
     if (map_->isVisible()) map_->showModules(panels_->placed(), panels_->shownPage());
+}
+
+void MainWindow::openFormulaEditor() {
+    if (formulaEditor_ == nullptr) formulaEditor_ = new FormulaEditor(session_, dialogs_, this);
+    formulaEditor_->refresh();
+    formulaEditor_->show();
+    formulaEditor_->raise();
 }
 
 void MainWindow::openModuleMap() {

@@ -24,6 +24,7 @@ class Session;
 namespace quillmer::gui {
 
 class ComposerWindow;
+class FormulaEditor;
 class ConnectionView;
 class FileCommands;
 class ModulePalette;
@@ -55,6 +56,9 @@ public:
     // The toolbar's Composer button (MISC31): the Composer on with its window, or off.
     void setComposer(bool on);
     ComposerWindow* composerWindow() const { return composer_; }  // made at the first use
+    // fUCalc, from the "&UF-Prog" menu; made at the first use and kept.
+    void openFormulaEditor();
+    FormulaEditor* formulaEditor() const { return formulaEditor_; }
     QAction* action(const QString& key) const;  // toolbar and menu actions by key
 
     // Reads the engine and redraws what changed: the strip and the panels.
@@ -127,6 +131,7 @@ private:
     std::unique_ptr<PanelBoard> panels_;
     ModuleMap* map_ = nullptr;
     ComposerWindow* composer_ = nullptr;
+    FormulaEditor* formulaEditor_ = nullptr;
     ModulePalette* palette_ = nullptr;
     ConnectionView* connections_ = nullptr;
     QAction* undoAction_ = nullptr;

@@ -7,6 +7,7 @@
 #include "gui/FillDialog.h"
 #include "gui/PageTableEditor.h"
 #include "gui/PanelWindows.h"
+#include "gui/SliderBankDialog.h"
 #include "gui/TableDialogs.h"
 #include "gui/ConnectPopup.h"
 #include "gui/ModuleStatusDialog.h"
@@ -375,6 +376,15 @@ void PanelBoard::askDialog(PanelFrame* frame, int control) {
             fill_ = openFillDialog(session_.engine, dialogs_, find, slot->name, mainWindow_);
         else
             pageTable_ = openPageTable(session_.engine, dialogs_, find, mainWindow_);
+        return;
+    }
+    if (c.dialog == Dialog::SliderSetup) {
+        openSliderBankDialog(
+            session_.engine,
+            [this, module = slot->module, type = slot->type, index = slot->index] {
+                return dynamic_cast<UFSldr*>(live(session_.engine, module, type, index));
+            },
+            mainWindow_);
         return;
     }
     if (c.dialog == Dialog::TableBank || c.dialog == Dialog::ToneTable) {

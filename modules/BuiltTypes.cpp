@@ -2,6 +2,8 @@
 
 #include "modules/generators/Fractals.h"
 #include "modules/generators/Randoms.h"
+#include "modules/formulas/FormulaModules.h"
+#include "modules/formulas/SliderBank.h"
 #include "modules/midi/ChannelOutputs.h"
 #include "modules/midi/ControllerOutput.h"
 #include "modules/midi/Links.h"
@@ -43,6 +45,17 @@ namespace quillmer {
 
 void registerBuiltTypes(ModuleRegistry& registry) {
     registry.add<Div>("Div");
+    registry.add<UCalc0>("UCalc0");
+    registry.add<UCalc1>("UCalc1");
+    registry.add<UCalc2>("UCalc2");
+    registry.add<UCalc3>("UCalc3");
+    registry.add<UCalc4>("UCalc4");
+    registry.add<UCalc5>("UCalc5");
+    registry.add<UCalc6>("UCalc6");
+    registry.add<UCalc7>("UCalc7");
+    registry.add<UCalcXC>("UCalcXC");
+    registry.add<UCalcXV>("UCalcXV");
+    registry.add<UFSldr>("UFSldr");
     registry.add<Chain>("Chain");
     registry.add<MIDITone>("MIDITone");
     registry.add<MIDIVoice>("MIDIVoice");

@@ -23,6 +23,8 @@ std::string trimmed(const std::string& text) {
     return end == std::string::npos ? std::string() : text.substr(0, end + 1);
 }
 
+// A layout without "H" keeps the same words in its leading block, and the name wherever its
+// type puts it: such a type reads and writes the whole block, and its name, in its body.
 void writeHead(ByteWriter& out, const Module& m) {
     out.i16(m.Active);
     out.i16(m.Enabled);

@@ -21,7 +21,8 @@ std::string baseName(const std::string& path) {
 }  // namespace
 
 Session::Session(TimerService& timers, const ModuleRegistry& registry)
-    : engine(timers, registry, this), snapshots(engine) {
+    : engine(timers, registry, this), snapshots(engine), formulas(&formulaStores, userDataDir()) {
+    formulaStores.attach(formulas);
     const char* user = std::getenv("USER");
     userName = user && *user ? user : "Anonymous";
     snapshots.markModified = [this] { SetModified(true); };
@@ -134,6 +135,7 @@ void Session::LoadAuxFiles(const std::string& patchPath) {
     if (patchPath.empty()) {
         loadDefault();
         loadDefaultBioFileOnce();
+        LoadDefaultUserFunctions();
         return;
     }
     loadBioSideFile(patchPath);
@@ -147,6 +149,39 @@ void Session::LoadAuxFiles(const std::string& patchPath) {
     } else if (ownToneTables_) {
         loadDefault();
     }
+    const std::string ownFunctions = std::filesystem::path(patchPath).replace_extension(".ufn").string();
+    if (std::filesystem::is_regular_file(ownFunctions, noSuchName)) {
+        std::string error;
+        if (LoadUserFunctions(ownFunctions, error)) ownUserFunctions_ = true;
+    } else if (ownUserFunctions_) {
+        LoadDefaultUserFunctions();
+    }
+}
+
+bool Session::LoadUserFunctions(const std::string& path, std::string& error) {
+    UserFunctions lists;
+    if (!readUserFunctionFile(path, lists, error)) {
+        userFunctionProblem = error;
+        return false;
+    }
+    applyUserFunctions(std::move(lists));
+    userFunctionFile = path;
+    userFunctionProblem.clear();
+    return true;
+}
+
+void Session::LoadDefaultUserFunctions() {
+    ownUserFunctions_ = false;
+    const std::string path = findDataFile("default.ufn");
+    std::string error;
+    if (!path.empty() && LoadUserFunctions(path, error)) return;
+    applyUserFunctions(UserFunctions{});
+    userFunctionFile.clear();
+}
+
+void Session::applyUserFunctions(UserFunctions lists) {
+    userFunctions = std::move(lists);
+    userFunctionReport = compileUserFunctions(formulas, userFunctions);
 }
 
 std::string Session::caption() const {

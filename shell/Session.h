@@ -10,6 +10,9 @@
 
 #include "engine/Engine.h"
 #include "engine/EngineSeams.h"
+#include "expression/EngineFormulaStores.h"
+#include "expression/FormulaRuntime.h"
+#include "expression/UserFunctionFile.h"
 #include "shell/Composer.h"
 #include "shell/EditCommands.h"
 #include "shell/FileHeader.h"
@@ -53,6 +56,24 @@ public:
     // floating sliders and the window size. Written back as it was read.
     FileHeader kept;
     Composer composer{engine, snapshots, kept};  // plays the list in `kept`
+
+    // The formulas of the formula modules: the runtime, its doors into the engine, and the
+    // user function lists it was compiled from.
+    EngineFormulaStores formulaStores{engine};
+    FormulaRuntime formulas;
+    UserFunctions userFunctions;
+    CompileReport userFunctionReport;
+    std::string userFunctionFile;     // where the lists came from; empty when none was read
+    std::string userFunctionProblem;  // why the last .ufn didn't load; empty when it did
+    // Reads a .ufn and recompiles the runtime, while a patch runs too: modules run the new
+    // formulas from their next update. False with `error`; then nothing changes.
+    bool LoadUserFunctions(const std::string& path, std::string& error);
+    // "default.ufn" from the data folders; without one the runtime starts with the default
+    // formula in every entry.
+    void LoadDefaultUserFunctions();
+    // Compiles lists the editor holds.
+    void applyUserFunctions(UserFunctions lists);
+    bool usesOwnUserFunctions() const { return ownUserFunctions_; }
 
     std::string CurrentFileName;  // empty for a new patch
     std::string author;           // of the open file, plain
@@ -118,12 +139,14 @@ public:
     void advanceComposerBar() override { composer.measureHook(); }
     void composerTransport(int code) override { composer.remoteButton(code); }
     void requestChainLoad(const std::string& file) override;
+    FormulaRuntime* formulaRuntime() override { return formulas.started() ? &formulas : nullptr; }
 
 private:
     void onChainTimer();
     void resetComposerList();
     TimerId chainTimer_ = -1;
     bool ownToneTables_ = false;
+    bool ownUserFunctions_ = false;
     size_t lastSaveBytes_ = 0;  // the length of the last save, to make room at once
 };
 

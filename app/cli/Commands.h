@@ -33,5 +33,7 @@ void addTypesCommand(CLI::App& app, int& exitStatus);
 void addEvalCommand(CLI::App& app, int& exitStatus);
 // `bio import IN OUT.bst`: the coding sequences of a FASTA or GenBank file as a .bst file.
 void addBioCommand(CLI::App& app, int& exitStatus);
+// `ufn FILE [--save OUT]`: checks a user function file.
+void addUfnCommand(CLI::App& app, int& exitStatus);
 
 }  // namespace quillmer

@@ -23,6 +23,7 @@ int main(int argc, char** argv) {
     quillmer::addPortsCommand(app, exitStatus);
     quillmer::addTypesCommand(app, exitStatus);
     quillmer::addEvalCommand(app, exitStatus);
+    quillmer::addUfnCommand(app, exitStatus);
     quillmer::addMfxCommand(app, exitStatus);
     quillmer::addBioCommand(app, exitStatus);
 

@@ -37,6 +37,7 @@ public:
         addGeneratorPanels(add);
         addBioPanels(add);
         addGridPanels(add);
+        addFormulaPanels(add);
         placeholder_.placeholder = true;
         placeholder_.controls.push_back(caption("lblNotYet", [](const Module&) { return Shown::ofText("Doesn't run yet"); }));
         placeholder_.controls.back().tip = text(Module::kPlaceholderNote);

@@ -96,7 +96,7 @@ enum class ControlKind {
 // OpenFile asks for a file to read, with the title and filter in the control's choices.
 enum class Dialog {
     None, Channel, ChainFile, Fill, PageTable, MfxFile, TableBank, ToneTable, ControlSliders, PixelWindow, PictureFile,
-    OpenFile
+    OpenFile, SliderSetup
 };
 
 using Reader = std::function<Shown(const Module&)>;
@@ -192,5 +192,6 @@ void addSidePanels(const PanelAdder& add);
 void addGeneratorPanels(const PanelAdder& add);
 void addBioPanels(const PanelAdder& add);
 void addGridPanels(const PanelAdder& add);
+void addFormulaPanels(const PanelAdder& add);
 
 }  // namespace quillmer::gui

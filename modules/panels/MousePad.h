@@ -8,14 +8,13 @@
 #include <cstdint>
 
 #include "engine/Module.h"
-#include "expression/FormulaPanels.h"
 #include "modules/panels/PerSnapshot.h"
 
 namespace quillmer {
 
 enum class PadReading : int { X, Y, Buttons, Gate, Clicks, kCount };
 
-class Mousexy final : public Module, public FormulaPad {
+class Mousexy final : public Module {
 public:
     static constexpr size_t kKeptBytes = 3200;
 
@@ -31,7 +30,6 @@ public:
     void setSpringBack(bool on);
 
     int reading(PadReading r) const;
-    int padReading(int r) const override { return reading(r); }
     int reading(int r) const { return r >= 0 && r < static_cast<int>(PadReading::kCount) ? reading(static_cast<PadReading>(r)) : 0; }
 
     // The record: the raw head words and size, then the pad's own bytes; no name.

@@ -10,7 +10,8 @@
 
 namespace quillmer {
 
-inline void writeRawHead(ByteWriter& out, const Module& m) {
+// The words every such block starts with: Active, Enabled, OutSlot, Priority, Page, Top, Left.
+inline void writeHeadWords(ByteWriter& out, const Module& m) {
     out.i16(m.Active);
     out.i16(m.Enabled);
     out.i16(static_cast<int16_t>(m.OutSlot));
@@ -18,11 +19,9 @@ inline void writeRawHead(ByteWriter& out, const Module& m) {
     out.i16(m.Page);
     out.i32(m.Top);
     out.i32(m.Left);
-    out.i32(m.Width);
-    out.i32(m.Height);
 }
 
-inline void readRawHead(ByteReader& in, Module& m) {
+inline void readHeadWords(ByteReader& in, Module& m) {
     m.Active = in.i16();
     m.Enabled = in.i16();
     m.OutSlot = static_cast<NameSlot>(in.i16());
@@ -30,6 +29,16 @@ inline void readRawHead(ByteReader& in, Module& m) {
     m.Page = in.i16();
     m.Top = in.i32();
     m.Left = in.i32();
+}
+
+inline void writeRawHead(ByteWriter& out, const Module& m) {
+    writeHeadWords(out, m);
+    out.i32(m.Width);
+    out.i32(m.Height);
+}
+
+inline void readRawHead(ByteReader& in, Module& m) {
+    readHeadWords(in, m);
     m.Width = in.i32();
     m.Height = in.i32();
 }

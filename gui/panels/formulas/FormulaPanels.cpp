@@ -1,0 +1,178 @@
+// Panels of the formula modules and the slider bank: the formula list, the output, the
+// switches, the lamp row, the label, the formula's title; the slider bank's bars, value,
+// stage, Fill and Setup.
+
+#include "engine/Engine.h"
+#include "gui/panels/PanelSpec.h"
+#include "modules/formulas/FormulaModules.h"
+#include "modules/formulas/SliderBank.h"
+
+namespace quillmer::gui {
+
+namespace {
+
+ControlSpec formulaList() {
+    ControlSpec list;
+    list.kind = ControlKind::Choice;
+    list.objectName = QStringLiteral("cbFn");
+    list.tip = QStringLiteral("The formula this module runs");
+    for (int n = 0; n < 128; ++n) list.choices.push_back(QString::number(n));
+    list.widthTwips = 700;
+    list.place = ControlSpec::Place::BesideInputs;
+    list.read = [](const Module& m) {
+        Shown s;
+        s.selected = as<FormulaModule>(m).currentFormula();
+        return s;
+    };
+    list.edit = [](Module& m, Engine& e, const Gesture& g) {
+        as<FormulaModule>(m).chooseFormula(g.item);
+        e.MarkPatchChanged(true);
+    };
+    return list;
+}
+
+std::string lampText(uint32_t bits, int lamps) {
+    std::string row;
+    for (int i = 0; i < lamps; ++i) row += ((bits >> i) & 1u) != 0 ? "\u25CF" : "\u25CB";
+    return row;
+}
+
+PanelSpec formulaPanel(const FormulaShape& shape, int columns) {
+    PanelSpec spec;
+    spec.inputColumns = columns;
+    ControlSpec out = outputBox();
+    out.place = ControlSpec::Place::Title;
+    spec.controls.push_back(std::move(out));
+    spec.controls.push_back(formulaList());
+    for (int i = 0; i < shape.switches; ++i) {
+        const int slot = shape.busIns + i + 2;
+        ControlSpec sw = switchControl(
+            ("chkA" + std::to_string(i)).c_str(), QStringLiteral("In %1").arg(slot),
+            QStringLiteral("In %1: pressed=1").arg(slot), [i](const Module& m) { return Shown::ofOn(as<FormulaModule>(m).switchPressed(i)); },
+            [i](Module& m, Engine& e, const Gesture& g) {
+                as<FormulaModule>(m).setSwitch(i, g.number != 0);
+                e.MarkPatchChanged(true);
+            },
+            600);
+        sw.newRow = i == 0;
+        spec.controls.push_back(std::move(sw));
+    }
+    if (shape.rowLamps > 0) {
+        const int lamps = shape.rowLamps;
+        ControlSpec row = caption("shpLeds", [lamps](const Module& m) { return Shown::ofText(lampText(as<FormulaModule>(m).lampBits(), lamps)); });
+        row.newRow = true;
+        spec.controls.push_back(std::move(row));
+    }
+    if (shape.lampMatrix) {
+        ControlSpec lock = switchControl(
+            "chkLock", QStringLiteral("Lock"), QStringLiteral("Clicks leave the lamps alone"),
+            [](const Module& m) { return Shown::ofOn(as<FormulaModule>(m).locked()); },
+            [](Module& m, Engine& e, const Gesture& g) {
+                as<FormulaModule>(m).setLocked(g.number != 0);
+                e.MarkPatchChanged(true);
+            },
+            600);
+        lock.newRow = true;
+        spec.controls.push_back(std::move(lock));
+        for (int r = 0; r < kMatrixSize; r += 4) {
+            ControlSpec rows = caption(("lblRows" + std::to_string(r)).c_str(), [r](const Module& m) {
+                const auto& f = as<FormulaModule>(m);
+                std::string text;
+                for (int k = r; k < r + 4; ++k) {
+                    uint32_t word = 0;
+                    for (int c = 0; c < kMatrixSize; ++c) word |= f.cell(c, k) ? 1u << c : 0u;
+                    text += lampText(word, kMatrixSize) + (k + 1 < r + 4 ? "\n" : "");
+                }
+                return Shown::ofText(text);
+            }, 4800);
+            rows.newRow = true;
+            spec.controls.push_back(std::move(rows));
+        }
+    }
+    if (shape.label) {
+        ControlSpec label = caption(shape.mousePad ? "Label1" : "lbText", [](const Module& m) { return Shown::ofText(as<FormulaModule>(m).label()); });
+        label.newRow = true;
+        spec.controls.push_back(std::move(label));
+    }
+    ControlSpec doc = caption("lblDoc", [](const Module& m) { return Shown::ofText(as<FormulaModule>(m).shownDoc()); });
+    doc.tip = QStringLiteral("The title of the formula that runs");
+    doc.newRow = true;
+    spec.controls.push_back(std::move(doc));
+    return spec;
+}
+
+PanelSpec sliderPanel() {
+    PanelSpec spec;
+    spec.inputColumns = 1;
+    ControlSpec value = valueBox("bxOut1", QStringLiteral("The value of the current slider"), [](const Module& m) {
+        const auto& b = as<UFSldr>(m);
+        return Shown::ofText(UFSldr::formatValue(b.sliderValue(b.stage())));
+    }, 900);
+    value.textual = true;
+    value.place = ControlSpec::Place::Title;
+    ControlSpec stage = valueBox("bxStage", QStringLiteral("The current slider"), [](const Module& m) { return Shown::ofNumber(as<UFSldr>(m).stage()); }, 450);
+    ControlSpec fill;
+    fill.kind = ControlKind::Button;
+    fill.objectName = QStringLiteral("btnFill");
+    fill.caption = QStringLiteral(" Fill ");
+    fill.dialog = Dialog::Fill;
+    fill.widthTwips = 600;
+    ControlSpec setup;
+    setup.kind = ControlKind::Button;
+    setup.objectName = QStringLiteral("bSetup");
+    setup.caption = QStringLiteral("Setup");
+    setup.tip = QStringLiteral("Range, offset and sensitivity of each slider");
+    setup.dialog = Dialog::SliderSetup;
+    setup.widthTwips = 700;
+    ControlSpec count;
+    count.kind = ControlKind::UpDown;
+    count.objectName = QStringLiteral("UpDown1");
+    count.tip = QStringLiteral("How many sliders");
+    count.minimum = 1;
+    count.maximum = kBankSliders;
+    count.read = [](const Module& m) { return Shown::ofNumber(as<UFSldr>(m).sliderCount()); };
+    count.edit = [](Module& m, Engine& e, const Gesture& g) {
+        as<UFSldr>(m).setSliderCount(g.number);
+        e.MarkPatchChanged(true);
+    };
+    ControlSpec bars;
+    bars.kind = ControlKind::Bars;
+    bars.objectName = QStringLiteral("iBars");
+    bars.stages = kBankSliders;
+    bars.barWidth = UFSldr::kBarWidth;
+    bars.rightEdge = UFSldr::kBarsLeft + kBankSliders * UFSldr::kBarWidth;
+    bars.newRow = true;
+    bars.read = [](const Module& m) {
+        const auto& b = as<UFSldr>(m);
+        Shown s;
+        for (int i = 0; i < kBankSliders; ++i) s.row.push_back(i < b.sliderCount() ? static_cast<int>(b.position(i) * 127.0 + 0.5) : 0);
+        s.number = 127;
+        s.selected = b.stage();
+        return s;
+    };
+    bars.edit = [](Module& m, Engine& e, const Gesture& g) {
+        if (g.button == 0 || (g.kind != Gesture::Kind::Press && g.kind != Gesture::Kind::Move)) return;
+        as<UFSldr>(m).touch(g.x, g.y);
+        e.MarkPatchChanged(true);
+    };
+    spec.controls = {std::move(value), std::move(stage), std::move(count), std::move(fill), std::move(setup), std::move(bars)};
+    return spec;
+}
+
+}  // namespace
+
+void addFormulaPanels(const PanelAdder& add) {
+    add("UCalc0", formulaPanel(UCalc0::kShape, 1));
+    add("UCalc1", formulaPanel(UCalc1::kShape, 2));
+    add("UCalc2", formulaPanel(UCalc2::kShape, 2));
+    add("UCalc3", formulaPanel(UCalc3::kShape, 3));
+    add("UCalc4", formulaPanel(UCalc4::kShape, 2));
+    add("UCalc5", formulaPanel(UCalc5::kShape, 3));
+    add("UCalc6", formulaPanel(UCalc6::kShape, 2));
+    add("UCalc7", formulaPanel(UCalc7::kShape, 1));
+    add("UCalcXC", formulaPanel(UCalcXC::kShape, 6));
+    add("UCalcXV", formulaPanel(UCalcXV::kShape, 4));
+    add("UFSldr", sliderPanel());
+}
+
+}  // namespace quillmer::gui
