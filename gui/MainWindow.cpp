@@ -18,6 +18,8 @@
 #include "gui/OptionsWindow.h"
 #include "gui/ModuleMap.h"
 #include "gui/PanelBoard.h"
+#include "gui/TableBankEditor.h"
+#include "gui/ToneTableEditor.h"
 #include "gui/ProgramSettings.h"
 #include "gui/RecentFiles.h"
 #include "gui/StripBar.h"
@@ -64,6 +66,12 @@ MainWindow::MainWindow(Session& session, UserDialogs& dialogs, ProgramSettings& 
     panels_ = std::make_unique<PanelBoard>(session_, dialogs_, *workspace_, this);
     map_ = new ModuleMap(session_, dialogs_, this);
     connect(map_, &ModuleMap::changed, this, &MainWindow::refresh);
+    connect(panels_.get(), &PanelBoard::tableEditorWanted, this, [this](Dialog which, int table) {
+        if (which == Dialog::ToneTable)
+            openToneTableEditor(session_, dialogs_, table, this);
+        else
+            openTableBankEditor(session_, dialogs_, table, this);
+    });
     connect(panels_.get(), &PanelBoard::modulesChanged, this, [this] {
         if (map_->isVisible()) map_->showModules(panels_->placed(), panels_->shownPage());
     });
@@ -117,11 +125,10 @@ void MainWindow::buildMenus() {
     add(fileMenu_, "mnuFileSaveAs", "Save &As...", [this] { files_->fileSaveAs(); }, QKeySequence::SaveAs);
     fileMenu_->addSeparator();
     add(fileMenu_, "mnuFileImportMidi", "Import &MIDI File...", [this] { showMidiFileReadDialog(dialogs_, this); });
-    // Importers come with the bio sequence and tuning work.
-    for (const char* caption : {"&Bio Sequence...", "&Tuning Table..."}) {
-        QAction* a = fileMenu_->addAction(QLatin1String(caption));
-        a->setEnabled(false);
-    }
+    // The bio sequence importer comes with the bio sequence work.
+    fileMenu_->addAction(QStringLiteral("&Bio Sequence..."))->setEnabled(false);
+    add(fileMenu_, "mnuFileTuning", "&Tuning Table...", [this] { openToneTableEditor(session_, dialogs_, 0, this); });
+    add(fileMenu_, "mnuFileTables", "Ta&bles...", [this] { openTableBankEditor(session_, dialogs_, 0, this); });
     fileMenu_->addSeparator();
     add(fileMenu_, "mnuFileExit", "E&xit", [this] { close(); }, QKeySequence::Quit);
     fileMenu_->addSeparator();

@@ -13,6 +13,7 @@
 #include "modules/processors/Scaling.h"
 #include "modules/processors/Selection.h"
 #include "modules/processors/Sums.h"
+#include "modules/processors/TableModules.h"
 #include "modules/sequencers/Clocks.h"
 #include "modules/sequencers/Pages.h"
 #include "modules/sequencers/Runs.h"
@@ -23,6 +24,12 @@ namespace quillmer {
 
 void registerBuiltTypes(ModuleRegistry& registry) {
     registry.add<Div>("Div");
+    registry.add<Qscale>("Qscale");
+    registry.add<Tablx>("Tabla");
+    registry.add<TFit>("TFit");
+    registry.add<TWrite>("TWrite");
+    registry.add<ToneTbl>("ToneTbl");
+    registry.add<TNames>("TNames");
     registry.add<Chain>("Chain");
     registry.add<MIDITone>("MIDITone");
     registry.add<MIDIVoice>("MIDIVoice");

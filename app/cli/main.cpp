@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
     quillmer::addTypesCommand(app, exitStatus);
     quillmer::addEvalCommand(app, exitStatus);
     quillmer::addMfxCommand(app, exitStatus);
+    quillmer::addTuningCommand(app, exitStatus);
 
     try {
         app.parse(argc, argv);

@@ -467,7 +467,7 @@ void PanelFrame::showControl(int index, const Shown& was, const Shown& now, bool
             break;
         case ControlKind::EditBox: {
             auto* edit = static_cast<QLineEdit*>(control.widget);
-            if (!beingEdited(edit)) edit->setText(QString::number(now.number));
+            if (!beingEdited(edit)) edit->setText(c.textual ? QString::fromStdString(now.text) : QString::number(now.number));
             break;
         }
         case ControlKind::Choice: {

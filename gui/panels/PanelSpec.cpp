@@ -11,6 +11,8 @@ namespace quillmer::gui {
 namespace {
 
 // Every described type, by id; filled once from the families' files.
+void addTuningPanels(const PanelAdder& add);
+
 class PanelCatalogue {
 public:
     PanelCatalogue() {
@@ -25,6 +27,7 @@ public:
         addBitwisePanels(add);
         addSelectionPanels(add);
         addMemoryPanels(add);
+        addTuningPanels(add);
         addClockPanels(add);
         addStepPanels(add);
         addTablePanels(add);
