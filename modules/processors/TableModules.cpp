@@ -175,7 +175,11 @@ void TNames::writeBody(ByteWriter& out, const OutputNames& names) const {
 }
 
 void TNames::readBody(ByteReader& in, OutputNames& names) {
-    for (std::string& name : names_) name = in.fixed(kNameLength);
+    // The padding goes; writing pads again, so the bytes come back as they were.
+    for (std::string& name : names_) {
+        name = in.fixed(kNameLength);
+        name.erase(name.find_last_not_of(' ') + 1);
+    }
     Module::readBody(in, names);
 }
 
