@@ -2,6 +2,8 @@
 // from the File menu, their edits reaching the patch, their files, and Scala in and out.
 
 #include <QAction>
+#include <QDial>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QSpinBox>
