@@ -220,8 +220,11 @@ bool scaleToToneRow(const ScalaScale& scale, const KeyMap* map, ToneTable::Row r
         for (int i = 0; i + 1 < n; ++i) pitches.push_back(scale.cents[static_cast<size_t>(i)]);
     }
     if (std::abs(repeat - kOctave) > kOctaveTolerance) {
-        problem = "The scale repeats at " + centsText(repeat) +
-                  " cents; a tuning table repeats at the octave (1200 cents), so it can't play this scale.";
+        const bool mapped = map && !map->degrees.empty();
+        problem = (mapped ? "The keyboard map repeats at degree " + std::to_string(map->octaveDegree == 0 ? n : map->octaveDegree) +
+                                " of the scale, "
+                          : std::string("The scale repeats at ")) +
+                  centsText(repeat) + " cents; a tuning table repeats at the octave (1200 cents), so it can't play this.";
         return false;
     }
     if (pitches.size() > kMaxScaleSteps) {

@@ -54,7 +54,7 @@ TEST(TuningCommand, ImportsIntoAPatchsOwnTablesAndExportsTheSameScale) {
 TEST(TuningCommand, AKeyboardMapAndTheRefusals) {
     ScratchDir dir;
     const std::string pbt = dir.file("t.pbt");
-    const CliResult mapped = runCli("tuning import " + kSource + "/data/scales/just-5-limit.scl --kbm " + kSource +
+    const CliResult mapped = runCli("tuning import " + kSource + "/data/scales/just-major.scl --kbm " + kSource +
                                     "/data/scales/white-keys.kbm --into " + pbt + " --table 0 --name Just");
     ASSERT_EQ(mapped.status, 0) << mapped.out;
     EXPECT_NE(mapped.out.find("unmapped"), std::string::npos) << "the black keys are told";

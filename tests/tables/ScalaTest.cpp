@@ -121,6 +121,15 @@ TEST(ScalaImport, AKeyboardMapChoosesDegreesPerKeyAndFillsUnmappedKeys) {
     EXPECT_EQ(row[2], 2);  // 9/8
     EXPECT_EQ(row[11], 11);  // 243/128 = 1109.78 cents
     std::string problem;
+    // The same map over a scale of 31 steps repeats at 7/31 of an octave.
+    ScalaScale equal31;
+    KeyMap white;
+    ASSERT_TRUE(parseScala(equalScale(31), equal31, problem));
+    ASSERT_TRUE(parseKeyMap(map, white, problem));
+    std::array<uint8_t, 128> row31{};
+    std::vector<std::string> notes;
+    EXPECT_FALSE(scaleToToneRow(equal31, &white, row31, problem, notes));
+    EXPECT_NE(problem.find("keyboard map repeats at degree 7 of the scale"), std::string::npos) << problem;
     KeyMap bad;
     EXPECT_FALSE(parseKeyMap("12\n0\n127\n60\n69\n440\n7\n0\ny\n", bad, problem));
     EXPECT_NE(problem.find("key 1"), std::string::npos) << problem;
