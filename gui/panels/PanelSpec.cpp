@@ -8,11 +8,12 @@
 
 namespace quillmer::gui {
 
+// The table modules' panels (gui/panels/processors/TuningPanels.cpp).
+void addTuningPanels(const PanelAdder& add);
+
 namespace {
 
 // Every described type, by id; filled once from the families' files.
-void addTuningPanels(const PanelAdder& add);
-
 class PanelCatalogue {
 public:
     PanelCatalogue() {

@@ -63,6 +63,7 @@ TEST(TuningCommand, AKeyboardMapAndTheRefusals) {
     // 65 steps: refused naming the step; the file stays as it was.
     std::string many = "too many\n65\n";
     for (int i = 1; i < 65; ++i) many += std::to_string(1200.0 * i / 65) + "\n";
+    many += "2/1\n";
     writeBytes(dir.file("many.scl"), std::vector<uint8_t>(many.begin(), many.end()));
     const auto before = readBytes(pbt);
     const CliResult tooMany = runCli("tuning import " + dir.file("many.scl") + " --into " + pbt + " --table 1");

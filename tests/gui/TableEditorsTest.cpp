@@ -64,8 +64,9 @@ TEST(TableBankEditor, OpensOnTheModulesTableAndTheModuleShowsTheNewNameAfterClos
     processEvents();
     runTicks(h, 3);
     EXPECT_EQ(shownText(panel(h, "1Table-"), "lblTabla"), QStringLiteral("Melody"));
+    Module& table = module(h, "1Table-");
     auto held = h.engine().lock();
-    EXPECT_EQ(h.engine().bus[module(h, "1Table-").OutBus], 11);
+    EXPECT_EQ(h.engine().bus[table.OutBus], 11);
     EXPECT_EQ(h.session().tables.names.name(100), "Melody");
 }
 
@@ -79,6 +80,7 @@ TEST(TableBankEditor, RefusesABrokenFileByNameAndSavesWhatItShows) {
     editor->button("btnLoad")->click();
     ASSERT_EQ(h.dialogs.criticals.size(), 1u);
     EXPECT_TRUE(h.dialogs.criticals[0].text.startsWith(QStringLiteral("Unable to Load: ") + h.file(QStringLiteral("short.tbl"))));
+    editor->nameEdit()->clear();
     type(editor->nameEdit(), QStringLiteral("Saved"));
     h.dialogs.saveAsAnswers.push_back(h.file(QStringLiteral("bank.tbl")));
     editor->button("btnSave")->click();
