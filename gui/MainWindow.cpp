@@ -128,7 +128,6 @@ void MainWindow::buildMenus() {
     // The bio sequence importer comes with the bio sequence work.
     fileMenu_->addAction(QStringLiteral("&Bio Sequence..."))->setEnabled(false);
     add(fileMenu_, "mnuFileTuning", "&Tuning Table...", [this] { openToneTableEditor(session_, dialogs_, 0, this); });
-    add(fileMenu_, "mnuFileTables", "Ta&bles...", [this] { openTableBankEditor(session_, dialogs_, 0, this); });
     fileMenu_->addSeparator();
     add(fileMenu_, "mnuFileExit", "E&xit", [this] { close(); }, QKeySequence::Quit);
     fileMenu_->addSeparator();

@@ -72,7 +72,8 @@ TEST(TableBankEditor, OpensOnTheModulesTableAndTheModuleShowsTheNewNameAfterClos
 
 TEST(TableBankEditor, RefusesABrokenFileByNameAndSavesWhatItShows) {
     GuiHarness h;
-    h.window().findChild<QAction*>(QStringLiteral("mnuFileTables"))->trigger();
+    h.placeModule("TFit");
+    part<QPushButton>(panel(h, "1TFit-"), "cmdTabla")->click();
     gui::PageTableEditor* editor = bankEditor(h);
     ASSERT_NE(editor, nullptr);
     h.writeFile(QStringLiteral("short.tbl"), std::string(100, '\x01'));
