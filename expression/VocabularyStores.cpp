@@ -5,6 +5,7 @@
 #include <string>
 
 #include "expression/RuntimeStores.h"
+#include "tables/ScaleFit.h"
 
 namespace quillmer {
 
@@ -114,38 +115,7 @@ bool pageOk(double p) { return inRange(p, 0, kUidCount - 1); }
 std::array<uint32_t, 32>& page(const Args& a, double p) { return st(a).lm[static_cast<size_t>(cut(p, 0, 127))]; }
 
 // The nine scales of Qscale: 0 and above 8 leave the value as it is.
-double fitScale(double value, double scale) {
-    const int64_t v = whole(value);
-    const int64_t p = ((v % 12) + 12) % 12;
-    const int64_t b = v - p;
-    static const int kMajor[12] = {0, 0, 2, 4, 4, 5, 7, 7, 7, 9, 9, 11};
-    static const int kMinor[12] = {0, 0, 2, 3, 3, 5, 7, 7, 7, 9, 9, 11};
-    static const int kPent[12] = {1, 1, 3, 3, 3, 6, 6, 8, 8, 10, 10, 10};
-    static const int kWhole[12] = {0, 0, 2, 4, 4, 5, 7, 7, 9, 9, 9, 11};
-    static const int kMajTriad[12] = {0, 0, 0, 4, 4, 4, 7, 7, 7, 7, 0, 0};
-    static const int kMinTriad[12] = {0, 0, 0, 3, 3, 3, 7, 7, 7, 7, 0, 0};
-    const size_t i = static_cast<size_t>(p);
-    switch (whole(scale)) {
-        case 1:
-            return static_cast<double>(b + kMajor[i]);
-        case 2:
-            return static_cast<double>(b + kMinor[i]);
-        case 3:
-            return static_cast<double>(b + kPent[i]);
-        case 4:
-            return static_cast<double>(b + kWhole[i]);
-        case 5:
-            return static_cast<double>(b + ((p >= 5 && p <= 9) ? 7 : 0));
-        case 6:
-            return static_cast<double>(((v + 6) / 12) * 12);
-        case 7:
-            return static_cast<double>(b + kMajTriad[i]);
-        case 8:
-            return static_cast<double>(b + kMinTriad[i]);
-        default:
-            return static_cast<double>(v);
-    }
-}
+double fitScale(double value, double scale) { return static_cast<double>(fitToScale(whole(value), whole(scale))); }
 
 const Definition kBitMatrix[] = {
     {"LM(1)",

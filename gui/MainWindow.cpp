@@ -21,6 +21,8 @@
 #include "gui/OptionsWindow.h"
 #include "gui/ModuleMap.h"
 #include "gui/PanelBoard.h"
+#include "gui/TableBankEditor.h"
+#include "gui/ToneTableEditor.h"
 #include "gui/ProgramSettings.h"
 #include "gui/RecentFiles.h"
 #include "gui/StripBar.h"
@@ -67,6 +69,12 @@ MainWindow::MainWindow(Session& session, UserDialogs& dialogs, ProgramSettings& 
     panels_ = std::make_unique<PanelBoard>(session_, dialogs_, *workspace_, this);
     map_ = new ModuleMap(session_, dialogs_, this);
     connect(map_, &ModuleMap::changed, this, &MainWindow::refresh);
+    connect(panels_.get(), &PanelBoard::tableEditorWanted, this, [this](Dialog which, int table) {
+        if (which == Dialog::ToneTable)
+            openToneTableEditor(session_, dialogs_, table, this);
+        else
+            openTableBankEditor(session_, dialogs_, table, this);
+    });
     connect(panels_.get(), &PanelBoard::modulesChanged, this, [this] {
         if (map_->isVisible()) map_->showModules(panels_->placed(), panels_->shownPage());
     });
@@ -121,11 +129,7 @@ void MainWindow::buildMenus() {
     fileMenu_->addSeparator();
     add(fileMenu_, "mnuFileImportMidi", "Import &MIDI File...", [this] { showMidiFileReadDialog(dialogs_, this); });
     add(fileMenu_, "mnuFileBio", "&Bio Sequence...", [this] { showBioSequenceWindow(dialogs_, session_, this); });
-    // The tuning importer comes with the tuning work.
-    for (const char* caption : {"&Tuning Table..."}) {
-        QAction* a = fileMenu_->addAction(QLatin1String(caption));
-        a->setEnabled(false);
-    }
+    add(fileMenu_, "mnuFileTuning", "&Tuning Table...", [this] { openToneTableEditor(session_, dialogs_, 0, this); });
     fileMenu_->addSeparator();
     add(fileMenu_, "mnuFileExit", "E&xit", [this] { close(); }, QKeySequence::Quit);
     fileMenu_->addSeparator();

@@ -28,6 +28,7 @@
 #include "modules/processors/Selection.h"
 #include "modules/processors/Sums.h"
 #include "modules/sequencers/BioSequencer.h"
+#include "modules/processors/TableModules.h"
 #include "modules/sequencers/Clocks.h"
 #include "modules/sequencers/Gates.h"
 #include "modules/sequencers/Knobs.h"
@@ -56,6 +57,12 @@ void registerBuiltTypes(ModuleRegistry& registry) {
     registry.add<UCalcXC>("UCalcXC");
     registry.add<UCalcXV>("UCalcXV");
     registry.add<UFSldr>("UFSldr");
+    registry.add<Qscale>("Qscale");
+    registry.add<Tablx>("Tabla");
+    registry.add<TFit>("TFit");
+    registry.add<TWrite>("TWrite");
+    registry.add<ToneTbl>("ToneTbl");
+    registry.add<TNames>("TNames");
     registry.add<Chain>("Chain");
     registry.add<MIDITone>("MIDITone");
     registry.add<MIDIVoice>("MIDIVoice");

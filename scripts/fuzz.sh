@@ -13,7 +13,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-read -r -a targets <<< "${FUZZ_TARGETS:-qmp qmj pbt formula ufn mid mfx}"
+read -r -a targets <<< "${FUZZ_TARGETS:-qmp qmj pbt formula ufn mid mfx scala}"
 if [ "${1:-}" = "--ci" ]; then
   runs=10000
   seed=1

@@ -5,6 +5,8 @@
 #include "shell/AuthorName.h"
 #include "shell/BioFile.h"
 #include "shell/DataFiles.h"
+#include "tables/TableFiles.h"
+#include "tables/TableNameBook.h"
 
 #include <filesystem>
 
@@ -34,13 +36,17 @@ Session::Session(TimerService& timers, const ModuleRegistry& registry)
     resetComposerList();
     engine.setToneTables(tones.rows.data());
     engine.setGeneralTables(tables.bank.data());
+    listTableNames(engine, &tones.names, &tables.names);
     LoadAuxFiles({});
     voiceNames.loadFromDataFolders();
     engine.ports.bankName = [this](int bank) { return voiceNames.bankName(bank); };
     engine.ports.voiceName = [this](int bank, int program) { return voiceNames.voiceName(bank, program); };
 }
 
-Session::~Session() { engine.timers().setInterval(chainTimer_, 0); }
+Session::~Session() {
+    engine.timers().setInterval(chainTimer_, 0);
+    listTableNames(engine, nullptr, nullptr);
+}
 
 void Session::SetModified(bool changed) {
     ChangedMark = changed;
@@ -127,31 +133,53 @@ bool Session::OpenFile(const std::string& path, std::string& error) {
 }
 
 void Session::LoadAuxFiles(const std::string& patchPath) {
+    // A patch without a .tbl of its own starts from the default tables.
+    const auto loadDefaultTables = [this] {
+        tables = GeneralTables{};
+        std::string ignored;  // a missing or broken default leaves the bank empty
+        LoadTableFile(findDataFile("default.tbl"), tables, ignored);
+    };
     const auto loadDefault = [this] {
         tones = ToneTables{};
         LoadToneTables(findDataFile("default.pbt"), tones);
         ownToneTables_ = false;
     };
+    // Table modules take the new names and contents at the next tick.
+    engine.markGeneralTablesChanged();
+    engine.requestTableLoadStrobe(kAllTablesStrobe);
     if (patchPath.empty()) {
+        loadDefaultTables();
         loadDefault();
         loadDefaultBioFileOnce();
         LoadDefaultUserFunctions();
         return;
     }
-    loadBioSideFile(patchPath);
-    // The other side files (.tbl, .bst, .ufn) join here, in that order around .pbt. A side
-    // file whose name can't exist (longer than a name may be) is simply not there.
-    const std::string own = std::filesystem::path(patchPath).replace_extension(".pbt").string();
-    std::error_code noSuchName;
-    if (std::filesystem::is_regular_file(own, noSuchName)) {
-        LoadToneTables(own, tones);
+    // The side files beside a patch, in the order .tbl, .pbt, .bst, .ufn. A side file whose
+    // name can't exist (longer than a name may be) is simply not there.
+    const auto own = [&](const char* extension) {
+        const std::string path = std::filesystem::path(patchPath).replace_extension(extension).string();
+        std::error_code noSuchName;
+        return std::filesystem::is_regular_file(path, noSuchName) ? path : std::string();
+    };
+    GeneralTables read;
+    std::string error;
+    if (const std::string tbl = own(".tbl"); tbl.empty()) {
+        loadDefaultTables();
+    } else if (LoadTableFile(tbl, read, error)) {
+        tables = read;
+    } else {
+        // A broken one is told in loadProblem and counts as none.
+        loadProblem = error;
+        loadDefaultTables();
+    }
+    if (const std::string pbt = own(".pbt"); !pbt.empty()) {
+        LoadToneTables(pbt, tones);
         ownToneTables_ = true;
     } else if (ownToneTables_) {
         loadDefault();
     }
-    const std::string ownFunctions = std::filesystem::path(patchPath).replace_extension(".ufn").string();
-    if (std::filesystem::is_regular_file(ownFunctions, noSuchName)) {
-        std::string error;
+    loadBioSideFile(patchPath);
+    if (const std::string ownFunctions = own(".ufn"); !ownFunctions.empty()) {
         if (LoadUserFunctions(ownFunctions, error)) ownUserFunctions_ = true;
     } else if (ownUserFunctions_) {
         LoadDefaultUserFunctions();

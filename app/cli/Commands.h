@@ -29,6 +29,9 @@ void addMfxCommand(CLI::App& app, int& exitStatus);
 // `types [--json]`: every catalogue type, its id, prefix, menu group, caption and inputs,
 // and whether it runs yet.
 void addTypesCommand(CLI::App& app, int& exitStatus);
+// `tuning import FILE.scl [--kbm FILE.kbm] --into PATCH_OR_PBT --table N` and
+// `tuning export PATCH_OR_PBT OUT.scl --table N`: Scala scales in and out of tuning tables.
+void addTuningCommand(CLI::App& app, int& exitStatus);
 // `eval FORMULA [--in V,...] [--clock V]`: a formula's value, or its error.
 void addEvalCommand(CLI::App& app, int& exitStatus);
 // `bio import IN OUT.bst`: the coding sequences of a FASTA or GenBank file as a .bst file.

@@ -26,6 +26,7 @@ int main(int argc, char** argv) {
     quillmer::addUfnCommand(app, exitStatus);
     quillmer::addMfxCommand(app, exitStatus);
     quillmer::addBioCommand(app, exitStatus);
+    quillmer::addTuningCommand(app, exitStatus);
 
     try {
         app.parse(argc, argv);

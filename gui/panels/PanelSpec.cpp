@@ -8,6 +8,9 @@
 
 namespace quillmer::gui {
 
+// The table modules' panels (gui/panels/processors/TuningPanels.cpp).
+void addTuningPanels(const PanelAdder& add);
+
 namespace {
 
 // Every described type, by id; filled once from the families' files.
@@ -25,6 +28,7 @@ public:
         addBitwisePanels(add);
         addSelectionPanels(add);
         addMemoryPanels(add);
+        addTuningPanels(add);
         addClockPanels(add);
         addStepPanels(add);
         addTablePanels(add);
