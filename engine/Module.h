@@ -152,6 +152,9 @@ public:
     // layout gives the type.
     virtual void writeFields(ByteWriter& /*out*/) const {}
     virtual void readFields(ByteReader& /*in*/) {}
+    // A type whose record starts with raw words instead of the usual head writes and reads
+    // those words (and its name) in its body; the file leaves them alone.
+    virtual bool writesOwnHead() const { return false; }
     // Bytes a layout keeps between the head's Left and Name (one whose leading raw block is
     // longer than the head).
     virtual void writeHeadTail(ByteWriter& /*out*/) const {}

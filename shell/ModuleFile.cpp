@@ -102,8 +102,7 @@ void readModule(Module& m, OutputNames& names, std::span<const uint8_t> record, 
         return;
     }
     ByteReader in(record.data(), record.size());
-    // A layout that starts with raw bytes leaves its head words to the type.
-    if (layout.front().kind == LayoutToken::Kind::Head) readHead(in, m);
+    if (!m.writesOwnHead()) readHead(in, m);
     m.readBody(in, names);
     if (in.remaining() != 0) throw RecordFormatError("record longer than its type reads");
 }
@@ -115,7 +114,7 @@ void writeModule(ByteWriter& out, const Module& m, const OutputNames& names, con
         out.raw(p.record.empty() ? placeholderRecord(m, layout) : p.record);
         return;
     }
-    if (layout.front().kind == LayoutToken::Kind::Head) writeHead(out, m);
+    if (!m.writesOwnHead()) writeHead(out, m);
     m.writeBody(out, names);
 }
 

@@ -60,6 +60,7 @@ public:
     void UpdateSeq(std::span<const uint8_t> hold, int fillScale) override;
 
     void update(Engine&) override {}
+    bool writesOwnHead() const override { return true; }
     void writeBody(ByteWriter& out, const OutputNames& names) const override;
     void readBody(ByteReader& in, OutputNames& names) override;
 

@@ -26,6 +26,7 @@ public:
     bool follow(Engine& engine) const;
     int linkedPage() const { return extra >= 1 && extra <= 16 ? static_cast<int>(extra) - 1 : -1; }
 
+    bool writesOwnHead() const override { return true; }
     void writeBody(ByteWriter& out, const OutputNames& names) const override;
     void readBody(ByteReader& in, OutputNames& names) override;
     void update(Engine&) override {}

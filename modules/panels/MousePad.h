@@ -33,6 +33,7 @@ public:
     int reading(int r) const { return r >= 0 && r < static_cast<int>(PadReading::kCount) ? reading(static_cast<PadReading>(r)) : 0; }
 
     // The record: the raw head words and size, then the pad's own bytes; no name.
+    bool writesOwnHead() const override { return true; }
     void writeBody(ByteWriter& out, const OutputNames& names) const override;
     void readBody(ByteReader& in, OutputNames& names) override;
     void update(Engine&) override {}

@@ -319,14 +319,8 @@ TEST(SliderBank, RecordKeepsSetupsCaptionsTextAndPositionsPerSnapshot) {
     bank.PatchStore(*h.engine);
     bank.setPosition(7, 0.0);
 
-    const std::vector<uint8_t> bytes = body(h, bank);
-    ByteWriter head;
-    for (int i = 0; i < 5; ++i) head.i16(0);
-    head.i32(0);
-    head.i32(0);
-    std::vector<uint8_t> record = head.bytes();
-    record.insert(record.end(), bytes.begin(), bytes.end());
-    ByteReader in(record);
+    const std::vector<uint8_t> bytes = body(h, bank);  // the head words are the type's own
+    ByteReader in(bytes);
     skipRecord(in, parseLayout(fileSlotOf(Harness::id("UFSldr")).layout));
     EXPECT_EQ(in.remaining(), 0u) << "the layout's size";
 

@@ -88,7 +88,6 @@ TEST(ModuleFile, SaveLoadSaveGivesIdenticalBytes) {
     EXPECT_EQ(second.session.snapshots.SnapshotNames[0], "000 AutoSave") << "saving overwrote slot 0";
     EXPECT_EQ(e.findModule("1Div-")->storedName(1, 1), " Off (0)");
     EXPECT_EQ(e.findModule("1Div-")->storedName(2, 1), " mid (64)");
-    EXPECT_TRUE(e.findModule("1Image-")->isPlaceholder());
     EXPECT_EQ(e.findModule("1Image-")->Page, 2);
     EXPECT_EQ(e.findModule("1Div-")->priority(), priority::Late);
 }
