@@ -89,12 +89,7 @@ bool EngineFormulaStores::fillPicture(int mid, uint32_t colour) {
     return picture != nullptr;
 }
 
-StepData* EngineFormulaStores::fileData(int mid) {
-    static const std::optional<ModuleTypeId> type = typeIdByName("Sfile");
-    if (!type) return nullptr;
-    Module* m = engine_.typeSlot(*type).at(static_cast<int16_t>(mid));
-    return m != nullptr && m->Active != 0 ? dynamic_cast<StepData*>(m) : nullptr;
-}
+StepData* EngineFormulaStores::fileData(int mid) { return numbered<StepData>(engine_, "Sfile", mid + 1); }
 
 int EngineFormulaStores::fileStep(int mid, int step) {
     StepData* data = fileData(mid);
