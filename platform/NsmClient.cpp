@@ -1,5 +1,7 @@
 #include "platform/NsmClient.h"
 
+#include "platform/OscArgument.h"
+
 #include <lo/lo.h>
 #include <unistd.h>
 
@@ -32,8 +34,8 @@ struct NsmClient::Osc {
     static int onMessage(const char* path, const char* types, lo_arg** argv, int argc, lo_message, void* self) {
         Arguments args;
         for (int i = 0; i < argc; ++i) {
-            if (types[i] == LO_STRING) args.texts.emplace_back(&argv[i]->s);
-            if (types[i] == LO_INT32) args.numbers.push_back(argv[i]->i);
+            if (types[i] == LO_STRING) args.texts.push_back(oscText(argv[i]));
+            if (types[i] == LO_INT32) args.numbers.push_back(oscValue<int32_t>(argv[i]));
         }
         auto* client = static_cast<NsmClient*>(self);
         try {

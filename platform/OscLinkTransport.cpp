@@ -1,5 +1,7 @@
 #include "platform/OscLinkTransport.h"
 
+#include "platform/OscArgument.h"
+
 #include <lo/lo.h>
 #include <netdb.h>
 #include <poll.h>
@@ -201,10 +203,10 @@ private:
 
     static bool numberOf(char type, const lo_arg* arg, double& value) {
         switch (type) {
-            case LO_INT32: value = arg->i; return true;
-            case LO_INT64: value = static_cast<double>(arg->h); return true;
-            case LO_FLOAT: value = arg->f; return true;
-            case LO_DOUBLE: value = arg->d; return true;
+            case LO_INT32: value = oscValue<int32_t>(arg); return true;
+            case LO_INT64: value = static_cast<double>(oscValue<int64_t>(arg)); return true;
+            case LO_FLOAT: value = oscValue<float>(arg); return true;
+            case LO_DOUBLE: value = oscValue<double>(arg); return true;
             case LO_TRUE: value = 127; return true;
             case LO_FALSE: value = 0; return true;
             default: return false;
