@@ -37,6 +37,9 @@ struct EngineOptions {
     bool resetModules = false;    // chkResetModules: StartTimers begins a resync pulse
     bool triggersOff = false;     // chkTrigs: the resync pulse leaves "~ TStart"/"~ TLoad" alone
     bool extendedTempo = false;   // chkXpTempo: tempo up to 1000
+    // Exact tempo: the tick lasts exactly 2500/Tempo ms rather than TickPeriod. The programs
+    // turn it on (the user's default); a bare engine ticks in whole ms.
+    bool exactTempo = false;
     bool highPriority = false;    // chkHighPriority
     bool autoAlign = false;       // chkAutoAlign: snap panels to the grid
     bool lockModules = false;     // chkLockModules: no drags, no connecting
@@ -204,6 +207,9 @@ public:
     int Tempo() const { return tempo_; }
     int32_t TickPeriod() const { return tickPeriod_; }
     int32_t OutputStamp = 0;  // ms, the time stamp of MIDI output under latency
+    // The length of a quarter note as the tick really plays it, in microseconds: what a
+    // recording's tempo says.
+    uint32_t quarterNoteMicros() const;
     // OutputStamp starts over: the latency, plus a tick when the latency is shorter than one.
     void restartOutputStamp();
     bool ResyncPending = false;
@@ -221,6 +227,9 @@ public:
     void UpdateTimerTick();
     void SetNewTempo(int value);
     void setExtendedTempo(bool on);
+    // Exact tempo: on, the tick timer runs at 2500/Tempo ms exactly, and OutputStamp follows
+    // it; off, both go by the whole milliseconds of TickPeriod. Takes effect at once.
+    void setExactTempo(bool on);
     // A load finished: the next resync pulse also raises "~ TLoad".
     void markPatchLoaded();
     // A key went down anywhere in the main window (repeats too): "~ KeyChar" and "~ KeyCtrl"
@@ -260,6 +269,8 @@ private:
     void runGroup(Group group);
     void refreshPassLists();
     void HaltTimers();
+    void startTickTimer();
+    void advanceOutputStamp();
     void ResetOutputs();
     void registerOutput(Module& module);
     Module& place(ModuleTypeId type);
@@ -286,6 +297,8 @@ private:
     uint64_t ticksRun_ = 0;
     int tempo_ = 120;
     int32_t tickPeriod_ = 21;
+    int32_t stampStart_ = 0;     // OutputStamp at its last restart
+    int64_t stampTicks_ = 0;     // ticks since then
     bool timersRunning_ = false;
     bool stopping_ = false;
     bool shutdown_ = false;

@@ -1,0 +1,359 @@
+// Our own JACK client on a private dummy server: time-stamped messages land at the frame of
+// their due time, and input is stamped from its frame, at two buffer sizes.
+
+#include <gtest/gtest.h>
+#include <fcntl.h>
+#include <jack/jack.h>
+#include <jack/midiport.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <mutex>
+#include <numeric>
+#include <sstream>
+#include <thread>
+
+#include "platform/DesktopDevices.h"
+#include "platform/JackMidiClient.h"
+#include "platform/JackMidiDevices.h"
+#include "platform/RealTimeTimerService.h"
+
+extern char** environ;
+
+using namespace quillmer;
+using namespace std::chrono_literals;
+
+namespace {
+
+template <class F>
+bool eventually(F done, std::chrono::milliseconds limit = 5s) {
+    for (auto waited = 0ms; waited < limit && !done(); waited += 10ms) std::this_thread::sleep_for(10ms);
+    return done();
+}
+
+std::string findJackd() {
+    const char* path = std::getenv("PATH");
+    std::istringstream dirs(path ? path : "/usr/bin:/bin");
+    for (std::string dir; std::getline(dirs, dir, ':');)
+        if (::access((dir + "/jackd").c_str(), X_OK) == 0) return dir + "/jackd";
+    return {};
+}
+
+// A jackd with the dummy driver at 48 kHz and the given period, under a name of its own.
+class PrivateJackServer {
+public:
+    explicit PrivateJackServer(int period) {
+        const std::string jackd = findJackd();
+        if (jackd.empty()) return;
+        name_ = "quillmer-frames-" + std::to_string(::getpid()) + "-" + std::to_string(period);
+        setenv("JACK_DEFAULT_SERVER", name_.c_str(), 1);
+        std::vector<std::string> args{"jackd", "--no-realtime", "-t", "5000", "-n", name_, "-d", "dummy",
+                                      "-r", "48000", "-p", std::to_string(period)};
+        std::vector<char*> argv;
+        for (std::string& a : args) argv.push_back(a.data());
+        argv.push_back(nullptr);
+        posix_spawn_file_actions_t quiet;
+        posix_spawn_file_actions_init(&quiet);
+        posix_spawn_file_actions_addopen(&quiet, 1, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addopen(&quiet, 2, "/dev/null", O_WRONLY, 0);
+        if (posix_spawn(&pid_, jackd.c_str(), &quiet, nullptr, argv.data(), environ) != 0) pid_ = 0;
+        posix_spawn_file_actions_destroy(&quiet);
+        if (pid_ > 0) ready_ = eventually([] { return apiProblem(MidiPortApi::Jack).empty(); });
+    }
+    ~PrivateJackServer() {
+        if (pid_ > 0) {
+            ::kill(pid_, SIGTERM);
+            int status = 0;
+            ::waitpid(pid_, &status, 0);
+        }
+        unsetenv("JACK_DEFAULT_SERVER");
+    }
+    bool installed() const { return !name_.empty(); }
+    bool ready() const { return ready_; }
+
+private:
+    std::string name_;
+    pid_t pid_ = 0;
+    bool ready_ = false;
+};
+
+// One event as a plain libjack client saw it, with its cycle's times.
+struct Arrival {
+    uint8_t status = 0;
+    uint8_t data1 = 0;
+    uint64_t frame = 0;  // absolute
+    uint64_t cycleFrame = 0;
+    int64_t cycleStart = 0;
+    int64_t cycleEnd = 0;
+    uint32_t frames = 0;
+    int64_t clockToJack = 0;
+};
+
+// The test's own libjack client: an input port "in" that logs what arrives, and an output
+// port "out" that writes a note-on at chosen offsets of one period when asked.
+class ProbeClient {
+public:
+    explicit ProbeClient(const TimerService& clock) : clock_(clock) {
+        client_ = jack_client_open("QuillmerProbe", JackNoStartServer, nullptr);
+        if (!client_) return;
+        in_ = jack_port_register(client_, "in", JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
+        out_ = jack_port_register(client_, "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
+        jack_set_process_callback(client_, &ProbeClient::onProcess, this);
+        jack_activate(client_);
+    }
+    ~ProbeClient() {
+        if (client_) jack_client_close(client_);
+    }
+    bool ok() const { return client_ && in_ && out_; }
+
+    std::vector<Arrival> arrivals() {
+        std::lock_guard<std::mutex> held(mutex_);
+        return arrivals_;
+    }
+    void clear() {
+        std::lock_guard<std::mutex> held(mutex_);
+        arrivals_.clear();
+    }
+    // The next period carries note-ons at these frame offsets; returns when it has.
+    std::vector<uint64_t> writeAtOffsets(std::vector<uint32_t> offsets) {
+        {
+            std::lock_guard<std::mutex> held(mutex_);
+            offsets_ = std::move(offsets);
+            written_.clear();
+        }
+        eventually([this] {
+            std::lock_guard<std::mutex> held(mutex_);
+            return !written_.empty();
+        });
+        std::lock_guard<std::mutex> held(mutex_);
+        return written_;
+    }
+    uint32_t frames() const { return jack_get_buffer_size(client_); }
+
+private:
+    static int onProcess(jack_nframes_t frames, void* self) {
+        static_cast<ProbeClient*>(self)->process(frames);
+        return 0;
+    }
+    void process(jack_nframes_t frames) {
+        jack_nframes_t cycleFrame = 0;
+        jack_time_t start = 0, end = 0;
+        float period = 0;
+        jack_get_cycle_times(client_, &cycleFrame, &start, &end, &period);
+        const int64_t clockToJack = static_cast<int64_t>(jack_get_time()) - clock_.nowMicros();
+        void* inBuffer = jack_port_get_buffer(in_, frames);
+        void* outBuffer = jack_port_get_buffer(out_, frames);
+        jack_midi_clear_buffer(outBuffer);
+        std::unique_lock<std::mutex> held(mutex_, std::try_to_lock);
+        if (!held.owns_lock()) return;
+        for (uint32_t i = 0, n = jack_midi_get_event_count(inBuffer); i < n; ++i) {
+            jack_midi_event_t e;
+            if (jack_midi_event_get(&e, inBuffer, i) != 0 || e.size == 0) continue;
+            arrivals_.push_back({e.buffer[0], e.size > 1 ? e.buffer[1] : uint8_t{0}, uint64_t{cycleFrame} + e.time,
+                                 cycleFrame, static_cast<int64_t>(start), static_cast<int64_t>(end), frames,
+                                 clockToJack});
+        }
+        if (!offsets_.empty()) {
+            uint8_t note = 1;
+            for (uint32_t offset : offsets_) {
+                const uint8_t bytes[3] = {0x90, note++, 100};
+                jack_midi_event_write(outBuffer, offset, bytes, 3);
+                // Where the frame falls on our clock, as the cycle's times tell.
+                written_.push_back(static_cast<uint64_t>(start + int64_t{offset} * (static_cast<int64_t>(end) - static_cast<int64_t>(start)) / frames - clockToJack));
+            }
+            offsets_.clear();
+        }
+    }
+
+    const TimerService& clock_;
+    jack_client_t* client_ = nullptr;
+    jack_port_t* in_ = nullptr;
+    jack_port_t* out_ = nullptr;
+    std::mutex mutex_;
+    std::vector<Arrival> arrivals_;
+    std::vector<uint32_t> offsets_;
+    std::vector<uint64_t> written_;
+};
+
+struct Stamped {
+    std::vector<uint8_t> bytes;
+    int32_t stampMs;
+};
+
+class JackFrameTiming : public ::testing::TestWithParam<int> {};
+
+}  // namespace
+
+TEST_P(JackFrameTiming, StampedMessagesArriveWithinOneFrameOfTheirDueTime) {
+    PrivateJackServer server(GetParam());
+    if (!server.installed()) GTEST_SKIP() << "jackd is not installed (Debian package jackd2)";
+    ASSERT_TRUE(server.ready()) << "the private JACK server did not come up";
+    RealTimeTimerService clock;
+    ProbeClient probe(clock);
+    ASSERT_TRUE(probe.ok());
+
+    setSampleAccurateJack(true);
+    DesktopDeviceProvider provider(clock, {MidiPortApi::Jack});
+    auto device = provider.makeOutput("JACK: QuillmerProbe:in", 0);
+    auto* out = dynamic_cast<JackMidiOutput*>(device.get());
+    ASSERT_NE(out, nullptr) << "JACK ports go through our own client";
+    std::vector<MidiDeviceEvent> errors;
+    out->setEventHandler([&](const MidiDeviceEvent& e) {
+        if (e.kind == MidiDeviceEvent::Kind::Error) errors.push_back(e);
+    });
+    ASSERT_TRUE(out->open()) << (errors.empty() ? "" : errors[0].text);
+    // The connection takes hold some cycles after it is asked for.
+    const std::vector<uint8_t> probeBytes{0x80, 0, 0};
+    ASSERT_TRUE(eventually([&] {
+        out->sendNow(probeBytes);
+        std::this_thread::sleep_for(5ms);
+        return !probe.arrivals().empty();
+    })) << "the connection never carried a message";
+    std::this_thread::sleep_for(50ms);
+    probe.clear();
+
+    // 600 messages over about 1.2 s, many periods, spaced so they fall all over the period;
+    // clocks and fillers among them, two pairs on one stamp, and sent out of order.
+    std::vector<Stamped> sent;
+    for (int i = 0; i < 600; ++i) {
+        const int32_t stamp = 100 + i * 2 + (i % 3 == 0 ? 1 : 0);
+        if (i % 7 == 3)
+            sent.push_back({{248}, stamp});
+        else if (i % 11 == 5)
+            sent.push_back({{249}, stamp});
+        else
+            sent.push_back({{0x90, static_cast<uint8_t>(i & 127), 64}, stamp});
+    }
+    sent.push_back({{0xB0, 1, 2}, 300});
+    sent.push_back({{0xB0, 1, 3}, 300});
+    std::vector<size_t> order(sent.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::rotate(order.begin(), order.begin() + 250, order.end());  // later stamps go in first
+    out->startTimeBase();
+    const int64_t base = out->client()->timeBaseStartMicros(0);
+    for (size_t i : order) out->sendAt(sent[i].bytes, sent[i].stampMs);
+
+    ASSERT_TRUE(eventually([&] { return probe.arrivals().size() >= sent.size(); }, 5s))
+        << probe.arrivals().size() << " of " << sent.size() << " arrived";
+    // Expected order: by stamp, then as sent.
+    std::vector<size_t> due(order);
+    std::stable_sort(due.begin(), due.end(), [&](size_t a, size_t b) { return sent[a].stampMs < sent[b].stampMs; });
+    const std::vector<Arrival> got = probe.arrivals();
+    ASSERT_EQ(got.size(), sent.size());
+    double worst = 0;
+    for (size_t k = 0; k < got.size(); ++k) {
+        const Stamped& s = sent[due[k]];
+        const Arrival& a = got[k];
+        ASSERT_EQ(a.status, s.bytes[0]) << "message " << k;
+        if (s.bytes.size() > 1) ASSERT_EQ(a.data1, s.bytes[1]) << "message " << k;
+        const double dueJack = static_cast<double>(base + int64_t{s.stampMs} * 1000 + a.clockToJack);
+        const double expected = static_cast<double>(a.cycleFrame) +
+                                (dueJack - static_cast<double>(a.cycleStart)) * a.frames /
+                                    static_cast<double>(a.cycleEnd - a.cycleStart);
+        const double error = static_cast<double>(a.frame) - expected;
+        worst = std::max(worst, std::abs(error));
+        EXPECT_LE(std::abs(error), 1.0) << "message " << k << " at stamp " << s.stampMs;
+    }
+    RecordProperty("worst_frames", std::to_string(worst));
+    EXPECT_TRUE(errors.empty());
+    EXPECT_EQ(out->client()->droppedCount(0), 0u);
+}
+
+TEST_P(JackFrameTiming, FlushDropsWhatIsQueuedAndLaterMessagesStillGo) {
+    PrivateJackServer server(GetParam());
+    if (!server.installed()) GTEST_SKIP() << "jackd is not installed (Debian package jackd2)";
+    ASSERT_TRUE(server.ready());
+    RealTimeTimerService clock;
+    ProbeClient probe(clock);
+    ASSERT_TRUE(probe.ok());
+    setSampleAccurateJack(true);
+    DesktopDeviceProvider provider(clock, {MidiPortApi::Jack});
+    auto out = provider.makeOutput("JACK: QuillmerProbe:in", 1);
+    ASSERT_NE(dynamic_cast<JackMidiOutput*>(out.get()), nullptr);
+    std::atomic<int> queueEmpty{0};
+    out->setEventHandler([&](const MidiDeviceEvent& e) { queueEmpty += e.kind == MidiDeviceEvent::Kind::QueueEmpty; });
+    ASSERT_TRUE(out->open());
+    const std::vector<uint8_t> probeBytes{0x80, 0, 0};
+    ASSERT_TRUE(eventually([&] {
+        out->sendNow(probeBytes);
+        std::this_thread::sleep_for(5ms);
+        return !probe.arrivals().empty();
+    }));
+    std::this_thread::sleep_for(50ms);
+    probe.clear();
+
+    out->startTimeBase();
+    const std::vector<uint8_t> lost{0x90, 1, 1};
+    const std::vector<uint8_t> kept{0x90, 2, 2};
+    out->sendAt(lost, 200);
+    out->flush();
+    out->sendAt(kept, 250);
+    std::this_thread::sleep_for(400ms);
+    const auto got = probe.arrivals();
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(got[0].data1, 2);
+    EXPECT_EQ(queueEmpty.load(), 1) << "the queue ran dry once, after the last message";
+    // A closed port takes nothing, and opens again.
+    out->close();
+    out->sendAt(lost, 0);
+    EXPECT_FALSE(out->isOpen());
+    ASSERT_TRUE(out->open());
+}
+
+TEST_P(JackFrameTiming, InputIsStampedFromItsFrame) {
+    PrivateJackServer server(GetParam());
+    if (!server.installed()) GTEST_SKIP() << "jackd is not installed (Debian package jackd2)";
+    ASSERT_TRUE(server.ready());
+    RealTimeTimerService clock;
+    ProbeClient probe(clock);
+    ASSERT_TRUE(probe.ok());
+    setSampleAccurateJack(true);
+    DesktopDeviceProvider provider(clock, {MidiPortApi::Jack});
+    auto in = provider.makeInput("JACK: QuillmerProbe:out", 2);
+    ASSERT_NE(dynamic_cast<JackMidiInput*>(in.get()), nullptr);
+    std::mutex mutex;
+    std::vector<MidiInputMessage> received;
+    in->setDataHandler([&](const std::vector<MidiInputMessage>& messages) {
+        std::lock_guard<std::mutex> held(mutex);
+        received.insert(received.end(), messages.begin(), messages.end());
+    });
+    ASSERT_TRUE(in->open());
+    in->start();
+    const auto count = [&] {
+        std::lock_guard<std::mutex> held(mutex);
+        return received.size();
+    };
+    ASSERT_TRUE(eventually([&] {
+        probe.writeAtOffsets({0});
+        std::this_thread::sleep_for(10ms);
+        return count() > 0;
+    })) << "the connection never carried a message";
+    std::this_thread::sleep_for(50ms);
+    {
+        std::lock_guard<std::mutex> held(mutex);
+        received.clear();
+    }
+    const uint32_t frames = probe.frames();
+    for (int round = 0; round < 20; ++round) {
+        const std::vector<uint64_t> at = probe.writeAtOffsets({1, frames / 3, frames - 2});
+        ASSERT_TRUE(eventually([&] { return count() >= 3; }));
+        std::lock_guard<std::mutex> held(mutex);
+        ASSERT_EQ(received.size(), 3u);
+        for (size_t i = 0; i < 3; ++i) {
+            EXPECT_EQ(received[i].data1, i + 1);
+            // Within a frame (21 us at 48 kHz) of where the sender put it.
+            EXPECT_NEAR(static_cast<double>(received[i].stampMicros), static_cast<double>(at[i]), 22.0)
+                << "round " << round << ", message " << i;
+        }
+        received.clear();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(BufferSizes, JackFrameTiming, ::testing::Values(64, 256));
