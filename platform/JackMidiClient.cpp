@@ -5,6 +5,7 @@
 #include <jack/ringbuffer.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -98,7 +99,9 @@ std::shared_ptr<JackMidiClient> JackMidiClient::open(const std::string& clientNa
     }
     std::shared_ptr<JackMidiClient> made(new JackMidiClient(client, clock));
     jack_set_process_callback(client, &JackMidiClient::onProcess, made.get());
-    jack_on_info_shutdown(client, &JackMidiClient::onShutdown, made.get());
+    jack_on_info_shutdown(
+        client, [](jack_status_t, const char*, void* self) { static_cast<JackMidiClient*>(self)->serverGone(); },
+        made.get());
     if (jack_activate(client) != 0) {
         problem = "the JACK client " + clientName + " could not be activated";
         return nullptr;  // the destructor closes the client
@@ -289,31 +292,56 @@ int JackMidiClient::onProcess(uint32_t frames, void* self) {
     return 0;
 }
 
-void JackMidiClient::onShutdown(int, const char*, void* self) {
-    auto* client = static_cast<JackMidiClient*>(self);
-    client->alive_ = false;
-    sem_post(&client->wake_);
+void JackMidiClient::serverGone() {
+    alive_ = false;
+    sem_post(&wake_);
+}
+
+// Frames are what JACK counts without gaps; its own frame times can jump about when the
+// driver wakes irregularly. So we lay frames on our clock ourselves: a line at the nominal
+// rate through the most punctual recent wake-up. A wake-up is never early, so the line only
+// moves later slowly (for a sound card whose clock runs slow against ours), and jumps to a
+// wake-up that proves it too late. Late wake-ups on a busy machine don't move it.
+void JackMidiClient::followFrames(uint32_t frames) {
+    constexpr double kSlowCardAllowance = 20e-6;  // the line may move later by 20 ppm
+    constexpr double kRecentMicros = 2e6;         // a while
+    constexpr double kLostMicros = 2000;          // how late every wake-up of a while must be
+    const double wake = static_cast<double>(clock_.nowMicros());
+    const uint32_t frame32 = jack_last_frame_time(client_);
+    FrameLine& l = line_;
+    if (!l.anchored) {
+        const uint32_t rate = std::max<uint32_t>(1, jack_get_sample_rate(client_));
+        l.frameMicros = 1e6 / rate;
+        l.frame = frame32;
+    } else {
+        l.frame += static_cast<uint32_t>(frame32 - l.lastFrame32);
+    }
+    l.lastFrame32 = frame32;
+    const double origin = wake - static_cast<double>(l.frame) * l.frameMicros;
+    if (!l.anchored) {
+        l.originMicros = origin;
+        l.recentLowest = origin;
+        l.anchored = true;
+    } else {
+        l.originMicros = std::min(origin, l.originMicros + frames * l.frameMicros * kSlowCardAllowance);
+        l.recentLowest = l.recentCount == 0 ? origin : std::min(l.recentLowest, origin);
+        if (++l.recentCount * frames * l.frameMicros >= kRecentMicros) {
+            // Every wake-up of a while came late: the card's clock has left ours.
+            if (l.recentLowest - l.originMicros > kLostMicros) l.originMicros = l.recentLowest;
+            l.recentCount = 0;
+        }
+    }
+    periodMicros_ = static_cast<int64_t>(frames * l.frameMicros);
 }
 
 void JackMidiClient::process(uint32_t frames) {
-    jack_nframes_t cycleFrame = 0;
-    jack_time_t cycleStart = 0;
-    jack_time_t cycleEnd = 0;
-    float periodUsecs = 0;
-    if (jack_get_cycle_times(client_, &cycleFrame, &cycleStart, &cycleEnd, &periodUsecs) != 0 || cycleEnd <= cycleStart) {
-        cycleStart = jack_get_time();
-        cycleEnd = cycleStart + uint64_t{frames} * 1'000'000 / std::max<jack_nframes_t>(1, jack_get_sample_rate(client_));
-    }
-    periodMicros_ = static_cast<int64_t>(cycleEnd - cycleStart);
-    // The two clocks side by side, taken afresh every cycle.
-    const int64_t clockToJack = static_cast<int64_t>(jack_get_time()) - clock_.nowMicros();
-    for (auto& out : outputs_) processOutput(*out, frames, clockToJack, cycleStart, cycleEnd);
-    for (auto& in : inputs_) processInput(*in, frames, clockToJack, cycleStart, cycleEnd);
+    followFrames(frames);
+    for (auto& out : outputs_) processOutput(*out, frames);
+    for (auto& in : inputs_) processInput(*in, frames);
     cycles_.fetch_add(1);
 }
 
-void JackMidiClient::processOutput(Output& out, uint32_t frames, int64_t clockToJack, uint64_t cycleStart,
-                                   uint64_t cycleEnd) {
+void JackMidiClient::processOutput(Output& out, uint32_t frames) {
     jack_port_t* port = out.port.load();
     if (!port) return;
     void* buffer = jack_port_get_buffer(port, frames);
@@ -357,14 +385,14 @@ void JackMidiClient::processOutput(Output& out, uint32_t frames, int64_t clockTo
     bool wroteTimed = false;
     if (out.running.load()) {
         const int64_t base = out.baseMicros.load();
-        const auto start = static_cast<int64_t>(cycleStart);
-        const auto span = static_cast<int64_t>(cycleEnd - cycleStart);
+        const FrameLine& l = line_;
         while (!out.pending.empty()) {
             const Pending& next = out.pending.front();
-            const int64_t due = base + int64_t{next.stampMs} * 1000 + clockToJack;
-            if (due >= static_cast<int64_t>(cycleEnd)) break;
-            int64_t frame = due <= start ? 0 : ((due - start) * frames + span / 2) / span;
-            frame = std::clamp<int64_t>(frame, lastFrame, frames - 1);
+            const double due = static_cast<double>(base + int64_t{next.stampMs} * 1000);
+            const auto dueFrame = static_cast<int64_t>(std::llround((due - l.originMicros) / l.frameMicros));
+            int64_t frame = dueFrame - static_cast<int64_t>(l.frame);
+            if (frame >= frames) break;
+            frame = std::clamp<int64_t>(frame, lastFrame, frames - 1);  // late ones go at once
             if (jack_midi_event_write(buffer, static_cast<jack_nframes_t>(frame), next.bytes, next.length) != 0)
                 break;  // the period's buffer is full: the rest go next period
             lastFrame = static_cast<uint32_t>(frame);
@@ -381,14 +409,12 @@ void JackMidiClient::processOutput(Output& out, uint32_t frames, int64_t clockTo
     if (signal) sem_post(&wake_);
 }
 
-void JackMidiClient::processInput(Input& in, uint32_t frames, int64_t clockToJack, uint64_t cycleStart,
-                                  uint64_t cycleEnd) {
+void JackMidiClient::processInput(Input& in, uint32_t frames) {
     jack_port_t* port = in.port.load();
     if (!port) return;
     void* buffer = jack_port_get_buffer(port, frames);
     if (!in.started.load()) return;
     const uint32_t count = jack_midi_get_event_count(buffer);
-    const auto span = static_cast<int64_t>(cycleEnd - cycleStart);
     bool any = false;
     for (uint32_t i = 0; i < count; ++i) {
         jack_midi_event_t event;
@@ -398,8 +424,7 @@ void JackMidiClient::processInput(Input& in, uint32_t frames, int64_t clockToJac
         if (event.size == 0 || event.size > 3 || event.buffer[0] < 0x80) continue;
         if (event.buffer[0] == kSysExStart || event.buffer[0] == kActiveSensing) continue;
         InputEntry entry;
-        entry.stampMicros =
-            static_cast<int64_t>(cycleStart) + int64_t{event.time} * span / std::max<uint32_t>(1, frames) - clockToJack;
+        entry.stampMicros = std::llround(line_.originMicros + static_cast<double>(line_.frame + event.time) * line_.frameMicros);
         entry.length = static_cast<uint8_t>(event.size);
         std::memcpy(entry.bytes, event.buffer, event.size);
         if (jack_ringbuffer_write_space(in.ring) < sizeof entry) break;

@@ -26,7 +26,6 @@
 
 typedef struct _jack_client jack_client_t;
 typedef struct _jack_port jack_port_t;
-typedef struct jack_ringbuffer_t jack_ringbuffer_t;
 
 namespace quillmer {
 
@@ -86,10 +85,21 @@ private:
 
     JackMidiClient(jack_client_t* client, const TimerService& clock);
     static int onProcess(uint32_t frames, void* self);
-    static void onShutdown(int code, const char* reason, void* self);
+    void serverGone();
     void process(uint32_t frames);
-    void processOutput(Output& out, uint32_t frames, int64_t clockToJack, uint64_t cycleStart, uint64_t cycleEnd);
-    void processInput(Input& in, uint32_t frames, int64_t clockToJack, uint64_t cycleStart, uint64_t cycleEnd);
+    // Where frames fall on our clock: see process().
+    struct FrameLine {
+        double frameMicros = 0;     // one frame at the nominal rate
+        double originMicros = 0;    // clock time of frame 0
+        bool anchored = false;
+        uint32_t lastFrame32 = 0;   // JACK's frame counter wraps; ours doesn't
+        uint64_t frame = 0;         // the period's first frame
+        double recentLowest = 0;    // the punctual end of recent wake-ups
+        int recentCount = 0;
+    };
+    void followFrames(uint32_t frames);
+    void processOutput(Output& out, uint32_t frames);
+    void processInput(Input& in, uint32_t frames);
     void waitForCycles();
     void notifierLoop();
     void notifyOutputs();
@@ -102,6 +112,7 @@ private:
     std::atomic<bool> alive_{true};
     std::atomic<uint64_t> cycles_{0};
     std::atomic<int64_t> periodMicros_{0};
+    FrameLine line_;  // the process thread's
 
     sem_t wake_;              // posted by the process thread: something for the notifier
     std::mutex notifyMutex_;  // guards the handlers; never taken on the process thread
