@@ -104,6 +104,8 @@ public:
         in_ = jack_port_register(client_, "in", JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
         out_ = jack_port_register(client_, "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
         jack_set_process_callback(client_, &ProbeClient::onProcess, this);
+        jack_set_xrun_callback(
+            client_, [](void* self) { return ++static_cast<ProbeClient*>(self)->xruns_, 0; }, this);
         jack_activate(client_);
     }
     ~ProbeClient() {
@@ -139,6 +141,8 @@ public:
         return written_;
     }
     uint32_t frames() const { return jack_get_buffer_size(client_); }
+    // Periods the server could not finish in time: it drops what late clients wrote.
+    int xruns() const { return xruns_.load(); }
 
 private:
     static int onProcess(jack_nframes_t frames, void* self) {
@@ -179,6 +183,7 @@ private:
     std::vector<uint64_t> written_;
     std::vector<uint64_t> gapEnds_;
     jack_nframes_t lastCycle_ = 0;
+    std::atomic<int> xruns_{0};
 };
 
 struct Stamped {
@@ -239,8 +244,10 @@ TEST_P(JackFrameTiming, StampedMessagesArriveWithinOneFrameOfTheirDueTime) {
     const int64_t base = out->client()->timeBaseStartMicros(0);
     for (size_t i : order) out->sendAt(sent[i].bytes, sent[i].stampMs);
 
-    ASSERT_TRUE(eventually([&] { return probe.arrivals().size() >= sent.size(); }, 5s))
-        << probe.arrivals().size() << " of " << sent.size() << " arrived";
+    const bool all = eventually([&] { return probe.arrivals().size() >= sent.size(); }, 5s);
+    if (!all && probe.xruns() > 0)
+        GTEST_SKIP() << "the server fell behind " << probe.xruns() << " times and dropped messages: too busy a machine";
+    ASSERT_TRUE(all) << probe.arrivals().size() << " of " << sent.size() << " arrived";
     // Expected order: by stamp, then as sent.
     std::vector<size_t> due(order);
     std::stable_sort(due.begin(), due.end(), [&](size_t a, size_t b) { return sent[a].stampMs < sent[b].stampMs; });
