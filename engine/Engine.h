@@ -38,6 +38,9 @@ struct EngineOptions {
     bool resetModules = false;    // chkResetModules: StartTimers begins a resync pulse
     bool triggersOff = false;     // chkTrigs: the resync pulse leaves "~ TStart"/"~ TLoad" alone
     bool extendedTempo = false;   // chkXpTempo: tempo up to 1000
+    // Exact tempo: the tick lasts exactly 2500/Tempo ms rather than TickPeriod. The programs
+    // turn it on (the user's default); a bare engine ticks in whole ms.
+    bool exactTempo = false;
     bool highPriority = false;    // chkHighPriority
     bool autoAlign = false;       // chkAutoAlign: snap panels to the grid
     bool lockModules = false;     // chkLockModules: no drags, no connecting
@@ -151,7 +154,7 @@ public:
     // The module map's commands on a module found by name: 0 page := argument, 1 delete,
     // 2 disable, 3 enable. False when no module has that name.
     bool MapCommand(std::string_view name, int action, int argument);
-    // A tuning table (Part of the patch's tone tables): 128 bytes, entry 127 + 1 the number
+    // A tuning table (one of the patch's tone tables): 128 bytes, entry 127 + 1 the number
     // of steps. Until tables are loaded every table is the chromatic twelve-step row.
     const uint8_t* toneRow(int table) const;
     void setToneTables(const uint8_t* tables) { toneTables_ = tables; }  // 128 x 128 bytes
@@ -165,6 +168,10 @@ public:
     uint32_t generalTablesVersion() const { return generalTablesVersion_; }
     // After a whole bank or a row changed at once (a file load, the editor).
     void markGeneralTablesChanged() { ++generalTablesVersion_; }
+    // The tables' names, for the modules that show them; empty until the owner of the
+    // tables answers (called under the engine's lock).
+    std::function<std::string(int table)> toneTableName;
+    std::function<std::string(int table)> generalTableName;
 
     // Bulk placement: names go into the lists without resorting; endBulk sorts once and
     // resolves. For loading and for placing many modules at once.
@@ -208,6 +215,9 @@ public:
     int Tempo() const { return tempo_; }
     int32_t TickPeriod() const { return tickPeriod_; }
     int32_t OutputStamp = 0;  // ms, the time stamp of MIDI output under latency
+    // The length of a quarter note as the tick really plays it, in microseconds: what a
+    // recording's tempo says.
+    uint32_t quarterNoteMicros() const;
     // OutputStamp starts over: the latency, plus a tick when the latency is shorter than one.
     void restartOutputStamp();
     bool ResyncPending = false;
@@ -225,6 +235,9 @@ public:
     void UpdateTimerTick();
     void SetNewTempo(int value);
     void setExtendedTempo(bool on);
+    // Exact tempo: on, the tick timer runs at 2500/Tempo ms exactly, and OutputStamp follows
+    // it; off, both go by the whole milliseconds of TickPeriod. Takes effect at once.
+    void setExactTempo(bool on);
     // A load finished: the next resync pulse also raises "~ TLoad".
     void markPatchLoaded();
     // A key went down anywhere in the main window (repeats too): "~ KeyChar" and "~ KeyCtrl"
@@ -243,7 +256,9 @@ public:
     void TickModules();
     // The immediate MIDI-input pass; the next tick then skips its own pass 6.
     void runMidiInputPass();
-    // Table-load strobe: a request raised by the table loader, seen for one tick.
+    // Table-load strobe: a request raised by the table loader, seen for one tick. Its value
+    // names the table that changed, or is kAllTablesStrobe.
+    static constexpr uint8_t kAllTablesStrobe = 128;
     void requestTableLoadStrobe(uint8_t value);
     bool tableLoadStrobe() const { return tableStrobe_; }
     uint8_t tableLoadValue() const { return tableStrobeValue_; }
@@ -264,6 +279,8 @@ private:
     void runGroup(Group group);
     void refreshPassLists();
     void HaltTimers();
+    void startTickTimer();
+    void advanceOutputStamp();
     void ResetOutputs();
     void registerOutput(Module& module);
     Module& place(ModuleTypeId type);
@@ -290,6 +307,8 @@ private:
     uint64_t ticksRun_ = 0;
     int tempo_ = 120;
     int32_t tickPeriod_ = 21;
+    int32_t stampStart_ = 0;     // OutputStamp at its last restart
+    int64_t stampTicks_ = 0;     // ticks since then
     bool timersRunning_ = false;
     bool stopping_ = false;
     bool shutdown_ = false;

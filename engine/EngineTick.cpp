@@ -9,6 +9,9 @@ constexpr int kMaxTempo = 254;
 constexpr int kMaxExtendedTempo = 1000;
 constexpr int kEighthCounter = 12;
 constexpr int kWholeCounter = 96;
+// A tick is a 96th of a whole note: 60000 / 24 / Tempo ms.
+constexpr int64_t kTickMsTimesTempo = 2500;
+constexpr int64_t kTicksPerQuarter = 24;
 }  // namespace
 
 // --- the update order ---
@@ -114,7 +117,7 @@ void Engine::tick() {
         }
     }
 
-    OutputStamp += tickPeriod_;
+    advanceOutputStamp();
     counters.advance();
     bus[sysbus::Turbo] = static_cast<uint8_t>((bus[sysbus::Turbo] + 1) & 127);
     ++ticksRun_;
@@ -174,6 +177,32 @@ void Engine::setRun(bool run) {
 void Engine::restartOutputStamp() {
     const int32_t latency = ports.Latency();
     OutputStamp = latency >= tickPeriod_ ? latency : latency + tickPeriod_;
+    stampStart_ = OutputStamp;
+    stampTicks_ = 0;
+}
+
+// With exact tempo the stamp is the exact time of the tick, rounded to the nearest ms, so
+// stamps keep pace with the ticks instead of running ahead of them.
+void Engine::advanceOutputStamp() {
+    if (!options.exactTempo) {
+        OutputStamp += tickPeriod_;
+        return;
+    }
+    ++stampTicks_;
+    const int64_t elapsedMs = (2 * stampTicks_ * kTickMsTimesTempo + tempo_) / (2 * tempo_);
+    OutputStamp = static_cast<int32_t>(stampStart_ + elapsedMs);
+}
+
+uint32_t Engine::quarterNoteMicros() const {
+    if (!options.exactTempo) return static_cast<uint32_t>(kTicksPerQuarter * 1000 * tickPeriod_);
+    return static_cast<uint32_t>(60'000'000 / tempo_);
+}
+
+void Engine::startTickTimer() {
+    if (options.exactTempo)
+        timers_.setExactInterval(tickTimer_, kTickMsTimesTempo, tempo_);
+    else
+        timers_.setInterval(tickTimer_, tickPeriod_);
 }
 
 void Engine::ResetOutputs() {
@@ -199,7 +228,7 @@ void Engine::StartTimers() {
     shutdown_ = false;
     tickPeriod_ = TickPeriodFor(tempo_);
     restartOutputStamp();
-    timers_.setInterval(tickTimer_, tickPeriod_);
+    startTickTimer();
     timersRunning_ = true;
 }
 
@@ -241,7 +270,7 @@ void Engine::UpdateTimerTick() {
     // The counters stay where they are, so a tempo change keeps the phase. A stopped or
     // slaved tick timer stays off on purpose: a tempo change must not start the ticks of a
     // stopped engine, nor a second clock beside the master's.
-    if (timersRunning_ && options.syncMode != SyncMode::Slave) timers_.setInterval(tickTimer_, tickPeriod_);
+    if (timersRunning_ && options.syncMode != SyncMode::Slave) startTickTimer();
 }
 
 void Engine::SetNewTempo(int value) {
@@ -257,6 +286,12 @@ void Engine::SetNewTempo(int value) {
 void Engine::setExtendedTempo(bool on) {
     options.extendedTempo = on;
     if (!on && tempo_ > kMaxTempo) SetNewTempo(kMaxTempo);
+}
+
+void Engine::setExactTempo(bool on) {
+    if (options.exactTempo == on) return;
+    options.exactTempo = on;
+    UpdateTimerTick();
 }
 
 void Engine::markPatchLoaded() {

@@ -59,6 +59,7 @@ struct MidiInputMessage {
     uint8_t status = 0;
     uint8_t data1 = 0;
     uint8_t data2 = 0;
+    int64_t stampMicros = -1;  // when it came, on the device's clock; -1 when unknown
 };
 
 class MidiInputDevice {

@@ -561,7 +561,7 @@ void MidiPorts::record(int track, uint8_t status, uint8_t data1, uint8_t data2) 
 }
 
 void MidiPorts::InitializeMIDITracks() {
-    if (sink_) sink_->begin(engine_.Tempo());
+    if (sink_) sink_->beginRecording(engine_.Tempo(), engine_.quarterNoteMicros());
     for (RecordingTrack& t : tracks_) t = RecordingTrack{};
 }
 

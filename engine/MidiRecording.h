@@ -13,6 +13,9 @@ public:
     virtual ~MidiFileSink() = default;
     // A new file: the first track holds tempo (microseconds per quarter), 4/4 and key.
     virtual void begin(int tempo) = 0;
+    // The same, with the quarter note as the tick really played it: the tempo the file
+    // records. Sinks that keep no tempo track needn't override it.
+    virtual void beginRecording(int tempo, uint32_t /*quarterMicros*/) { begin(tempo); }
     // One channel message on a track (1 is the first after the tempo track), after `delta`
     // ticks of the file's division.
     virtual void add(int track, uint32_t delta, std::span<const uint8_t> bytes) = 0;

@@ -6,6 +6,7 @@
 
 #include <vector>
 
+#include "engine/TimerPeriod.h"
 #include "engine/TimerService.h"
 
 namespace quillmer {
@@ -14,6 +15,7 @@ class VirtualTimerService final : public TimerService {
 public:
     TimerId addTimer(std::string name, Callback onFire) override;
     void setInterval(TimerId timer, int32_t intervalMs) override;
+    void setExactInterval(TimerId timer, int64_t numeratorMs, int32_t denominator) override;
     int32_t interval(TimerId timer) const override;
     int64_t nowMicros() const override { return now_; }
 
@@ -30,9 +32,12 @@ private:
     struct Timer {
         std::string name;
         Callback onFire;
-        int32_t intervalMs = 0;
+        TimerPeriod period;
+        int64_t anchorMicros = 0;  // when the period last started
+        int64_t firings = 0;       // the next firing's number from the anchor
         int64_t dueMicros = 0;
     };
+    void start(Timer& t, TimerPeriod period);
     std::vector<Timer> timers_;
     int64_t now_ = 0;
 };

@@ -14,6 +14,7 @@
 #include "gui/OptionFlags.h"
 #include "gui/ProgramSettings.h"
 #include "gui/UserDialogs.h"
+#include "platform/DesktopDevices.h"
 #include "shell/Session.h"
 
 namespace quillmer::gui {
@@ -21,6 +22,17 @@ namespace quillmer::gui {
 namespace {
 constexpr int kMaxAbsClockMs = 32767;
 constexpr int kMaxWholeDelay = 32767;
+
+// The chosen devices open again the new way (lock held).
+void switchJackPath(MidiPorts& ports, bool sampleAccurate) {
+    if (sampleAccurateJack() == sampleAccurate) return;
+    setSampleAccurateJack(sampleAccurate);
+    const std::string jack = apiPrefix(MidiPortApi::Jack);
+    for (int port = 0; port < kPortCount; ++port) {
+        if (const std::string name = ports.outputName(port); name.rfind(jack, 0) == 0) ports.chooseOutput(port, name);
+        if (const std::string name = ports.inputName(port); name.rfind(jack, 0) == 0) ports.chooseInput(port, name);
+    }
+}
 
 QSpinBox* numberBox(QWidget* parent, const char* name, int highest, const char* tip) {
     auto* box = new QSpinBox(parent);
@@ -99,6 +111,13 @@ QWidget* ProgramOptionsPanel::makeOptionBoxes() {
     add("chkBankMSB", "Bank MSB", "A bank is Control Change 0 alone", option(&EngineOptions::bankMsb));
     add("chkNoFontMsg", "Warning Off", "No message at start about a large or nonstandard font size",
         programFlag(sysflag::NoFontMsg));
+    add("chkExactTempo", "Exact Tempo", "The tick lasts exactly 2500/Tempo ms rather than whole milliseconds",
+        std::pair{std::function<bool()>([&o] { return o.exactTempo; }),
+                  std::function<void(bool)>([this](bool on) { session_.engine.setExactTempo(on); })});
+    add("chkSampleAccurateJack", "Sample-accurate JACK",
+        "JACK ports go through Quillmer's own client, every message at its frame; off: through RtMidi",
+        std::pair{std::function<bool()>([] { return sampleAccurateJack(); }),
+                  std::function<void(bool)>([this](bool on) { switchJackPath(session_.engine.ports, on); })});
 
     auto* grid = new QGridLayout(group);
     for (size_t i = 0; i < boxes.size(); ++i) grid->addWidget(boxes[i], static_cast<int>(i / 4), static_cast<int>(i % 4));

@@ -5,6 +5,7 @@
 
 #include "engine/Engine.h"
 #include "gui/OptionFlags.h"
+#include "platform/DesktopDevices.h"
 #include "platform/FluidSynthInstance.h"
 
 namespace quillmer::gui {
@@ -47,6 +48,8 @@ void ProgramSettings::read(QSettings& store, const QString& examplesDir, const Q
     filePlayer = store.value(QStringLiteral("FilePlayer")).toString();
     sysFlags = readInt(store, "SysFlags", 0);
     midiFlags = readInt(store, "MIDIFlags", 0);
+    exactTempo = readInt(store, "ExactTempo", -1) != 0;
+    sampleAccurateJack = readInt(store, "SampleAccurateJack", -1) != 0;
     ufSeed = readInt(store, "UFSeed", 0);
     if (!store.contains(QStringLiteral("UFSeed"))) {
         ufSeed = static_cast<int>(QRandomGenerator::global()->bounded(1, 32768));
@@ -79,6 +82,8 @@ void ProgramSettings::write(QSettings& store) const {
     store.setValue(QStringLiteral("CurrentDir"), currentDir);
     store.setValue(QStringLiteral("FilePlayer"), filePlayer);
     writeInt(store, "MIDIFlags", midiFlags);
+    writeInt(store, "ExactTempo", exactTempo ? -1 : 0);
+    writeInt(store, "SampleAccurateJack", sampleAccurateJack ? -1 : 0);
     store.endGroup();
 }
 
@@ -112,6 +117,8 @@ void ProgramSettings::applyTo(Engine& engine) const {
     engine.options.randomSeed = ranSeed;
     applySysFlags(sysFlags, engine);
     applyMidiFlags(midiFlags, engine);
+    engine.setExactTempo(exactTempo);
+    setSampleAccurateJack(sampleAccurateJack);
 }
 
 void ProgramSettings::takeFrom(const Engine& engine) {
@@ -122,6 +129,8 @@ void ProgramSettings::takeFrom(const Engine& engine) {
     ranSeed = engine.options.randomSeed;
     sysFlags = sysFlagsOf(engine, sysFlags);
     midiFlags = midiFlagsOf(engine, midiFlags);
+    exactTempo = engine.options.exactTempo;
+    sampleAccurateJack = quillmer::sampleAccurateJack();
     for (int port = 0; port < kPortCount; ++port) {
         const auto p = static_cast<size_t>(port);
         outputPorts[p] = QString::fromStdString(engine.ports.outputName(port));

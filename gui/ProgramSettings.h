@@ -36,6 +36,8 @@ struct ProgramSettings {
     QString filePlayer;
     int sysFlags = 0;
     int midiFlags = 0;
+    bool exactTempo = true;          // the tick at 2500/Tempo ms exactly, not whole ms
+    bool sampleAccurateJack = true;  // JACK ports through our own client
     int ufSeed = 0;
     QString appDir;
     std::array<QString, kPortCount> outputPorts;

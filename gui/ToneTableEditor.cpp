@@ -17,7 +17,6 @@
 #include "tables/Scala.h"
 #include "tables/TableEditing.h"
 #include "tables/TableFiles.h"
-#include "tables/TableNameBook.h"
 
 namespace quillmer::gui {
 
@@ -230,7 +229,7 @@ void ToneTableEditor::keep() { working_.keep(currentRow()); }
 void ToneTableEditor::commit() {
     auto held = session_.engine.lock();
     storeWorkingCopy(working_, session_.tones);
-    session_.engine.requestTableLoadStrobe(kAllTablesStrobe);
+    session_.engine.requestTableLoadStrobe(Engine::kAllTablesStrobe);
 }
 
 void ToneTableEditor::refuse(const std::string& message) { dialogs_.critical(kTitle, QString::fromStdString(message)); }

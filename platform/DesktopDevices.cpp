@@ -1,12 +1,34 @@
 #include "platform/DesktopDevices.h"
 
+#include <algorithm>
+#include <atomic>
+
 #include "platform/BuiltInSynthOutput.h"
+#include "platform/JackMidiDevices.h"
 #include "platform/RealTimeStampedOutput.h"
 
 namespace quillmer {
 
+namespace {
+std::atomic<bool> ownJackClient{true};
+}  // namespace
+
+void setSampleAccurateJack(bool on) { ownJackClient = on; }
+
+bool sampleAccurateJack() { return ownJackClient.load(); }
+
 DesktopDeviceProvider::DesktopDeviceProvider(const TimerService& clock, std::vector<MidiPortApi> apis)
-    : clock_(clock), ports_(std::move(apis)) {}
+    : clock_(clock), ports_(apis), apis_(apis),
+      jack_(std::make_shared<JackClientSource>(std::string(), clock)) {}
+
+// A JACK port that is there now, when our own client serves JACK.
+bool DesktopDeviceProvider::jackPort(const std::string& name, bool output, std::string& peer) {
+    MidiPortApi api{};
+    if (!sampleAccurateJack() || !splitDeviceName(name, api, peer) || api != MidiPortApi::Jack) return false;
+    if (std::find(apis_.begin(), apis_.end(), MidiPortApi::Jack) == apis_.end()) return false;
+    const PortListing listing = listPorts(MidiPortApi::Jack, output);
+    return std::find(listing.ports.begin(), listing.ports.end(), peer) != listing.ports.end();
+}
 
 std::vector<std::string> DesktopDeviceProvider::outputNames() {
     std::vector<std::string> names{kBuiltInSynthName};
@@ -18,6 +40,8 @@ std::vector<std::string> DesktopDeviceProvider::inputNames() { return ports_.inp
 
 std::unique_ptr<MidiOutputDevice> DesktopDeviceProvider::makeOutput(const std::string& name, int port) {
     std::unique_ptr<MidiOutputDevice> device;
+    std::string peer;
+    if (jackPort(name, true, peer)) return std::make_unique<JackMidiOutput>(jack_, peer, name, port);
     if (name == kBuiltInSynthName)
         device = std::make_unique<BuiltInSynthOutput>();
     else
@@ -27,6 +51,8 @@ std::unique_ptr<MidiOutputDevice> DesktopDeviceProvider::makeOutput(const std::s
 }
 
 std::unique_ptr<MidiInputDevice> DesktopDeviceProvider::makeInput(const std::string& name, int port) {
+    std::string peer;
+    if (jackPort(name, false, peer)) return std::make_unique<JackMidiInput>(jack_, peer, name, port);
     return ports_.makeInput(name, port);
 }
 

@@ -5,12 +5,21 @@
 // delivered in real time. The report says what every API offers and whether it can be used
 // now: what `quillmer-cli ports` prints.
 
+#include <memory>
 #include <ostream>
 
 #include "engine/TimerService.h"
 #include "platform/RtMidiDeviceProvider.h"
 
 namespace quillmer {
+
+class JackClientSource;
+
+// Which way JACK ports go: through our own client, which delivers every message at the
+// frame of its time stamp (on by default), or through RtMidi, which delivers at period
+// boundaries. Read when a device is made: choose the ports again to apply a change.
+void setSampleAccurateJack(bool on);
+bool sampleAccurateJack();
 
 // Thread rule: one thread at a time.
 class DesktopDeviceProvider final : public MidiDeviceProvider {
@@ -25,8 +34,12 @@ public:
     std::unique_ptr<MidiInputDevice> makeInput(const std::string& name, int port) override;
 
 private:
+    bool jackPort(const std::string& name, bool output, std::string& peer);
+
     const TimerService& clock_;
     RtMidiDeviceProvider ports_;
+    std::vector<MidiPortApi> apis_;
+    std::shared_ptr<JackClientSource> jack_;
 };
 
 struct MidiApiReport {

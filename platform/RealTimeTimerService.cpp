@@ -32,23 +32,34 @@ void RealTimeTimerService::stop() {
 
 TimerId RealTimeTimerService::addTimer(std::string name, Callback onFire) {
     std::lock_guard<std::mutex> held(mutex_);
-    timers_.push_back(Timer{std::move(name), std::move(onFire), 0, Clock::now()});
+    const Clock::time_point now = Clock::now();
+    timers_.push_back(Timer{std::move(name), std::move(onFire), {}, now, 0, now});
     return static_cast<TimerId>(timers_.size() - 1);
 }
 
-void RealTimeTimerService::setInterval(TimerId timer, int32_t intervalMs) {
+void RealTimeTimerService::start(TimerId timer, TimerPeriod period) {
     {
         std::lock_guard<std::mutex> held(mutex_);
         Timer& t = timers_.at(static_cast<size_t>(timer));
-        t.intervalMs = intervalMs < 0 ? 0 : intervalMs;
-        t.due = Clock::now() + std::chrono::milliseconds(t.intervalMs);
+        t.period = period;
+        t.anchor = Clock::now();
+        t.firings = 1;
+        t.due = t.dueOf(1);
     }
     wake_.notify_all();
 }
 
+void RealTimeTimerService::setInterval(TimerId timer, int32_t intervalMs) {
+    start(timer, TimerPeriod::wholeMs(intervalMs));
+}
+
+void RealTimeTimerService::setExactInterval(TimerId timer, int64_t numeratorMs, int32_t denominator) {
+    start(timer, TimerPeriod::exact(numeratorMs, denominator));
+}
+
 int32_t RealTimeTimerService::interval(TimerId timer) const {
     std::lock_guard<std::mutex> held(mutex_);
-    return timers_.at(static_cast<size_t>(timer)).intervalMs;
+    return timers_.at(static_cast<size_t>(timer)).period.roundedMs();
 }
 
 int64_t RealTimeTimerService::nowMicros() const {
@@ -62,7 +73,7 @@ void RealTimeTimerService::run() {
         // The earliest running timer; ties go to the one made first.
         size_t next = timers_.size();
         for (size_t i = 0; i < timers_.size(); ++i)
-            if (timers_[i].intervalMs > 0 && (next == timers_.size() || timers_[i].due < timers_[next].due)) next = i;
+            if (timers_[i].period.running() && (next == timers_.size() || timers_[i].due < timers_[next].due)) next = i;
         if (next == timers_.size()) {
             wake_.wait(held);
             continue;
@@ -73,10 +84,9 @@ void RealTimeTimerService::run() {
             continue;  // look again: the timers may have changed
         }
         Timer& t = timers_[next];
-        const auto period = std::chrono::milliseconds(t.intervalMs);
         const Clock::time_point now = Clock::now();
-        t.due = due + period;
-        while (t.due <= now) t.due += period;  // drop what can't be delivered
+        do t.due = t.dueOf(++t.firings);
+        while (t.due <= now);  // drop what can't be delivered
         Callback call = t.onFire;
         const TimerId id = static_cast<TimerId>(next);
         held.unlock();

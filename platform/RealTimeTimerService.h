@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "engine/TimerPeriod.h"
 #include "engine/TimerService.h"
 
 namespace quillmer {
@@ -24,6 +25,7 @@ public:
 
     TimerId addTimer(std::string name, Callback onFire) override;
     void setInterval(TimerId timer, int32_t intervalMs) override;
+    void setExactInterval(TimerId timer, int64_t numeratorMs, int32_t denominator) override;
     int32_t interval(TimerId timer) const override;
     int64_t nowMicros() const override;
 
@@ -43,10 +45,17 @@ private:
     struct Timer {
         std::string name;
         Callback onFire;
-        int32_t intervalMs = 0;
+        TimerPeriod period;
+        Clock::time_point anchor;  // when the period last started
+        int64_t firings = 0;       // the next firing's number from the anchor
         Clock::time_point due;
+
+        Clock::time_point dueOf(int64_t firing) const {
+            return anchor + std::chrono::nanoseconds(period.offsetOf(firing, 1'000'000));
+        }
     };
 
+    void start(TimerId timer, TimerPeriod period);
     void run();
 
     mutable std::mutex mutex_;

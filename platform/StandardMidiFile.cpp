@@ -32,8 +32,10 @@ bool addBytes(smf_track_t* track, const uint8_t* bytes, int length, uint32_t del
 
 }  // namespace
 
-void MidiFileWriter::begin(int tempo) {
-    tempo_ = std::max(1, tempo);
+void MidiFileWriter::begin(int tempo) { beginRecording(tempo, 60'000'000u / static_cast<uint32_t>(std::max(1, tempo))); }
+
+void MidiFileWriter::beginRecording(int /*tempo*/, uint32_t quarterMicros) {
+    quarterMicros_ = std::clamp(quarterMicros, 1u, 0xFFFFFFu);
     tracks_.assign(1, {});
 }
 
@@ -66,7 +68,7 @@ bool MidiFileWriter::writeTo(const std::string& file, std::span<const int> track
         }
         smf_add_track(smf, track);
         if (t == 0) {
-            const uint32_t micros = 60'000'000u / static_cast<uint32_t>(tempo_);
+            const uint32_t micros = quarterMicros_;
             const std::array<uint8_t, 6> tempo{0xFF, 0x51, 0x03, static_cast<uint8_t>(micros >> 16),
                                                static_cast<uint8_t>(micros >> 8), static_cast<uint8_t>(micros)};
             // 4/4: numerator 4, denominator 2 to the 2nd, 24 clocks a click, 8 32nds a quarter.

@@ -27,6 +27,8 @@ class MidiFileWriter final : public MidiFileSink {
 public:
     // A new file; what was added before is dropped. `tempo` in beats a minute, 1 or more.
     void begin(int tempo) override;
+    // The tempo track says `quarterMicros` a quarter (at most what 24 bits hold).
+    void beginRecording(int tempo, uint32_t quarterMicros) override;
     // `track` 1 or more; `bytes` a channel message of 2 or 3 bytes (others are ignored).
     void add(int track, uint32_t delta, std::span<const uint8_t> bytes) override;
     // False with `error` naming the file.
@@ -43,7 +45,7 @@ private:
     };
     bool writeTo(const std::string& file, std::span<const int> tracks) const;
 
-    int tempo_ = 120;
+    uint32_t quarterMicros_ = 500'000;
     std::vector<std::vector<Event>> tracks_{1};  // [0] is the tempo track
 };
 

@@ -6,7 +6,6 @@
 #include "shell/BioFile.h"
 #include "shell/DataFiles.h"
 #include "tables/TableFiles.h"
-#include "tables/TableNameBook.h"
 
 #include <filesystem>
 
@@ -36,7 +35,8 @@ Session::Session(TimerService& timers, const ModuleRegistry& registry)
     resetComposerList();
     engine.setToneTables(tones.rows.data());
     engine.setGeneralTables(tables.bank.data());
-    listTableNames(engine, &tones.names, &tables.names);
+    engine.toneTableName = [this](int table) { return tones.names.name(table); };
+    engine.generalTableName = [this](int table) { return tables.names.name(table); };
     LoadAuxFiles({});
     voiceNames.loadFromDataFolders();
     engine.ports.bankName = [this](int bank) { return voiceNames.bankName(bank); };
@@ -45,7 +45,6 @@ Session::Session(TimerService& timers, const ModuleRegistry& registry)
 
 Session::~Session() {
     engine.timers().setInterval(chainTimer_, 0);
-    listTableNames(engine, nullptr, nullptr);
 }
 
 void Session::SetModified(bool changed) {
@@ -146,7 +145,7 @@ void Session::LoadAuxFiles(const std::string& patchPath) {
     };
     // Table modules take the new names and contents at the next tick.
     engine.markGeneralTablesChanged();
-    engine.requestTableLoadStrobe(kAllTablesStrobe);
+    engine.requestTableLoadStrobe(Engine::kAllTablesStrobe);
     if (patchPath.empty()) {
         loadDefaultTables();
         loadDefault();

@@ -41,6 +41,7 @@ struct RunOptions {
     int32_t seed = 0;
     int tempo = 0;
     bool extendedTempo = false;
+    bool wholeMsTempo = false;
     std::string record;
     std::string wav;
     bool realtime = false;
@@ -126,6 +127,7 @@ void printTraceRow(Engine& e, uint64_t tick, const std::vector<BusId>& ids) {
 void prepare(Session& session, const RunOptions& o, MidiFileWriter& recorder) {
     Engine& e = session.engine;
     if (o.extendedTempo) e.setExtendedTempo(true);
+    e.setExactTempo(!o.wholeMsTempo);
     if (o.tempo > 0) e.SetNewTempo(o.tempo);
     if (o.seed != 0) {
         e.options.randomSeed = o.seed;  // ResetClocks reseeds with it too
@@ -251,7 +253,7 @@ int runRealtime(const RunOptions& o, int64_t ticks) {
                     if (session.composer.transport() != Transport::Playing) break;
                 }
             } else {
-                std::this_thread::sleep_for(std::chrono::milliseconds(e.TickPeriod()) * ticks);
+                std::this_thread::sleep_for(std::chrono::microseconds(e.quarterNoteMicros()) * ticks / 24);
             }
             auto held = e.lock();
             e.StopTimers();
@@ -289,6 +291,7 @@ void addRunCommand(CLI::App& app, int& exitStatus) {
     command->add_option("--seed", o->seed, "Random seed");
     auto* tempo = command->add_option("--tempo", o->tempo, "Tempo in quarter notes a minute, 1..254 (1..1000 with --extended-tempo)");
     command->add_flag("--extended-tempo", o->extendedTempo, "Allow tempos up to 1000");
+    command->add_flag("--whole-ms-tempo", o->wholeMsTempo, "Tick in whole milliseconds (Exact tempo off)");
     command->add_option("--record", o->record, "Record what is sent to a MIDI file");
     command->add_option("--wav", o->wav, "Render the built-in synth to a WAV file (offline)");
     command->add_flag("--realtime", o->realtime, "Play in real time on the chosen MIDI devices");

@@ -6,7 +6,6 @@
 #include "engine/Cp1252.h"
 #include "engine/Engine.h"
 #include "tables/ScaleFit.h"
-#include "tables/TableNameBook.h"
 
 namespace quillmer {
 
@@ -42,7 +41,7 @@ void ToneTbl::update(Engine& engine) {
     table_ = t;
     shownSteps_ = countsSteps();
     setOutput(engine.toneRow(t)[127] + (shownSteps_ ? 1 : 0));
-    name_ = toneTableName(engine, t);
+    name_ = engine.toneTableName ? engine.toneTableName(t) : std::string();
     viewChanged = true;
 }
 
@@ -62,10 +61,10 @@ void GeneralTableModule::UpdateSeq(std::span<const uint8_t> hold, int) {
 
 void GeneralTableModule::chooseTable(Engine& engine, int table) {
     const bool renamed = engine.tableLoadStrobe() &&
-                         (engine.tableLoadValue() >= kAllTablesStrobe || engine.tableLoadValue() == table);
+                         (engine.tableLoadValue() >= Engine::kAllTablesStrobe || engine.tableLoadValue() == table);
     if (table == table_ && !renamed) return;
     table_ = table;
-    name_ = generalTableName(engine, table);
+    name_ = engine.generalTableName ? engine.generalTableName(table) : std::string();
     viewChanged = true;
 }
 

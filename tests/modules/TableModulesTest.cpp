@@ -6,7 +6,6 @@
 #include "ModuleHarness.h"
 #include "modules/processors/TableModules.h"
 #include "tables/GeneralTables.h"
-#include "tables/TableNameBook.h"
 
 using namespace quillmer;
 using namespace quillmer::testing;
@@ -18,12 +17,12 @@ struct TableHarness : ModuleHarness {
     TableHarness() {
         engine->setGeneralTables(tables.bank.data());
         engine->setToneTables(tones.rows.data());
-        listTableNames(*engine, &tones.names, &tables.names);
+        engine->toneTableName = [this](int t) { return tones.names.name(t); };
+        engine->generalTableName = [this](int t) { return tables.names.name(t); };
     }
     ~TableHarness() {
         engine->setGeneralTables(nullptr);
         engine->setToneTables(nullptr);
-        listTableNames(*engine, nullptr, nullptr);
     }
     GeneralTables tables;
     ToneTables tones;

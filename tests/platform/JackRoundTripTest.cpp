@@ -2,24 +2,18 @@
 // driver, our devices on one side and a plain RtMidi client of the test's on the other.
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <RtMidi.h>
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
+#include <memory>
 #include <mutex>
-#include <sstream>
 #include <thread>
 
 #include "platform/RtMidiDeviceProvider.h"
-
-extern char** environ;
+#include "tests/platform/PrivateJackServer.h"
 
 using namespace quillmer;
 using namespace std::chrono_literals;
@@ -27,16 +21,6 @@ using namespace std::chrono_literals;
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-
-std::string findOnPath(const std::string& program) {
-    const char* path = std::getenv("PATH");
-    std::istringstream dirs(path ? path : "/usr/bin:/bin");
-    for (std::string dir; std::getline(dirs, dir, ':');) {
-        const std::string candidate = dir + "/" + program;
-        if (::access(candidate.c_str(), X_OK) == 0) return candidate;
-    }
-    return {};
-}
 
 template <class F>
 bool eventually(F done, std::chrono::milliseconds limit = 5s) {
@@ -46,43 +30,15 @@ bool eventually(F done, std::chrono::milliseconds limit = 5s) {
 
 class JackRoundTrip : public ::testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        const std::string jackd = findOnPath("jackd");
-        if (jackd.empty()) return;
-        serverName = "quillmer-test-" + std::to_string(::getpid());
-        setenv("JACK_DEFAULT_SERVER", serverName.c_str(), 1);
-        // A client timeout of 5 s: under ThreadSanitizer a client's first cycles are slow, and
-        // the default would drop it from the graph.
-        std::vector<std::string> args{"jackd", "--no-realtime", "-t", "5000", "-n", serverName, "-d", "dummy",
-                                      "-r",    "48000",         "-p", "256"};
-        std::vector<char*> argv;
-        for (std::string& a : args) argv.push_back(a.data());
-        argv.push_back(nullptr);
-        posix_spawn_file_actions_t quiet;
-        posix_spawn_file_actions_init(&quiet);
-        posix_spawn_file_actions_addopen(&quiet, 1, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_addopen(&quiet, 2, "/dev/null", O_WRONLY, 0);
-        if (posix_spawn(&server, jackd.c_str(), &quiet, nullptr, argv.data(), environ) != 0) server = 0;
-        posix_spawn_file_actions_destroy(&quiet);
-        if (server > 0) ready = eventually([] { return apiProblem(MidiPortApi::Jack).empty(); });
-    }
-    static void TearDownTestSuite() {
-        if (server > 0) {
-            ::kill(server, SIGTERM);
-            int status = 0;
-            ::waitpid(server, &status, 0);
-        }
-        unsetenv("JACK_DEFAULT_SERVER");
-    }
+    static void SetUpTestSuite() { server = std::make_unique<PrivateJackServer>("test"); }
+    static void TearDownTestSuite() { server.reset(); }
     void SetUp() override {
-        if (serverName.empty()) GTEST_SKIP() << "jackd is not installed (Debian package jackd2)";
-        ASSERT_GT(server, 0) << "jackd could not be started";
-        ASSERT_TRUE(ready) << "the private JACK server " << serverName << " did not come up";
+        if (!server->installed()) GTEST_SKIP() << "jackd is not installed (Debian package jackd2)";
+        ASSERT_TRUE(server->started()) << "jackd could not be started";
+        ASSERT_TRUE(server->ready()) << "the private JACK server " << server->name() << " did not come up";
     }
 
-    static inline std::string serverName;
-    static inline pid_t server = 0;
-    static inline bool ready = false;
+    static inline std::unique_ptr<PrivateJackServer> server;
 };
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include "SessionHarness.h"
 #include "tables/DefaultTables.h"
 #include "tables/TableFiles.h"
-#include "tables/TableNameBook.h"
 
 using namespace quillmer;
 using namespace quillmer::testing;
@@ -30,7 +29,7 @@ TEST(TableSideFiles, LoadWithThePatchAndGiveWayToTheDefault) {
     EXPECT_EQ(session.tables.names.name(0), shippedName) << "a new patch starts on the shipped tables";
     ASSERT_TRUE(session.OpenFile(dir.file("own.qmp"), error)) << error;
     EXPECT_EQ(session.engine.generalTableStep(127, 127), 77);
-    EXPECT_EQ(generalTableName(session.engine, 0), "Own");
+    EXPECT_EQ(session.engine.generalTableName(0), "Own");
 
     ASSERT_TRUE(session.OpenFile(dir.file("plain.qmp"), error)) << error;
     EXPECT_EQ(session.tables.names.name(0), shippedName) << "the default comes back";
