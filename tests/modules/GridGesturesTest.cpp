@@ -46,11 +46,13 @@ TEST(MatrixGestures, DragTurnsThePressedCellOnlyAndReleaseGivesTheInputsBack) {
     EXPECT_LT(m.cell(2, 1), 100);
     for (int c = 0; c < 8; ++c)
         for (int r = 0; r < 4; ++r)
-            if (c != 2 || r != 1) EXPECT_EQ(m.cell(c, r), 0) << c << "," << r;
+            if (c != 2 || r != 1) {
+                EXPECT_EQ(m.cell(c, r), 0) << c << "," << r;
+            }
     EXPECT_EQ(GridRig::at(m, 2, 1, 0), m.cell(2, 1)) << "the edit lands in the page in force";
 
     m.releaseCell();
-    EXPECT_EQ(m.Enabled, 1);
+    EXPECT_NE(m.Enabled, 0);
     EXPECT_EQ(m.Column, 5);
     EXPECT_EQ(m.Row, 3);
     EXPECT_FALSE(m.editing());
@@ -66,7 +68,7 @@ TEST(MatrixGestures, ASecondButtonDuringADragDoesNotLeaveTheMatrixOff) {
     m.pressCell(kCentre, kCentre, 1, 0);
     m.pressCell(kKnobTwips + kCentre, kCentre, 2, 0);  // the right button joins in
     m.releaseCell();
-    EXPECT_EQ(m.Enabled, 1);
+    EXPECT_NE(m.Enabled, 0);
     EXPECT_EQ(m.Column, 3) << "the column from before the first press";
     h.set(m, MatrixSequencer::kColumn, 1);
     h.ticks(1);
@@ -89,7 +91,7 @@ TEST(MatrixGestures, KeyedPressesAndTheLockFollowTheKnobRules) {
     m.releaseCell();
     EXPECT_EQ(m.cell(15, 7), 127) << "the lock holds press, drag and wheel";
     m.pressCell(16 * kKnobTwips + 5, 5, 1, 1);
-    EXPECT_EQ(m.Enabled, 1) << "a press beside the grid is no press";
+    EXPECT_NE(m.Enabled, 0) << "a press beside the grid is no press";
 }
 
 TEST(MatrixGestures, WheelStepsByOneOrTenAndStopsAtTheEnds) {

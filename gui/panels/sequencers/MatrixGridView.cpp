@@ -2,6 +2,7 @@
 
 #include <QPainter>
 #include <QPixmap>
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
@@ -286,7 +287,6 @@ ControlSpec matrixGridControl(int columns, int rows, bool levelled) {
 
 ControlSpec ruleLampsControl() {
     ControlSpec c = drawn("LEDSelect", QStringLiteral("On = cell lives, off= dies"), 8 * kRuleLampWidth, kRuleHeight);
-    c.newRow = false;
     c.read = [](const Module& m) {
         const auto& x = as<MatrixSequencer>(m);
         Shown s = Shown::ofNumber(x.Rule);
