@@ -80,7 +80,7 @@ private:
     RhythmRows Rows;
     std::array<int, kRows> ShownPos{};
     float Counter = 0;
-    int LastGatesInput = -1;
+    int LastGatesInput = 0;  // an input left off keeps the mask a new or loaded module has
     int ShownMask = -1;
     int LastNote = -1;
     std::array<uint8_t, kSnapshotBytes * kSnapshotCount> stored_{};

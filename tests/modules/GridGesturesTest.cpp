@@ -202,6 +202,25 @@ TEST(RhythmGestures, LampPressesToggleGatesSetLengthsAndEnableRows) {
     EXPECT_EQ(trace.substr(0, 3), trace.substr(6, 3)) << trace;
 }
 
+TEST(RhythmGestures, ANewRhythmPlaysItsFirstRowUntilTheGatesInputChanges) {
+    ModuleHarness h;
+    auto& r = static_cast<Rhythm&>(h.add("Rhythm"));
+    h.set(r, Rhythm::kNote, 126);
+    std::string trace;
+    for (int i = 0; i < 16; ++i) {
+        h.ticks(1);
+        trace += h.out(r) & 1 ? 'X' : '.';
+    }
+    EXPECT_EQ(r.GateMask, 1);
+    EXPECT_EQ(std::count(trace.begin(), trace.end(), 'X'), 2) << "one gate in a loop of eight: " << trace;
+    h.set(r, Rhythm::kGates, 0);
+    h.ticks(1);
+    EXPECT_EQ(r.GateMask, 1) << "a connection to zero is no change from an input left off";
+    h.set(r, Rhythm::kGates, 6);
+    h.ticks(1);
+    EXPECT_EQ(r.GateMask, 6);
+}
+
 TEST(SatelliteParent, TheListFollowsTheMatricesAndARowChoosesByNumber) {
     ModuleHarness h;
     auto& out = static_cast<MatrixOutput&>(h.add("MOut4x4"));

@@ -86,7 +86,7 @@ PanelSpec matrixPanel(int columns, int rows) {
     fill.edit = [](Module& m, Engine&, const Gesture&) { as<MatrixSequencer>(m).chooseFill(false); };
     spec.controls.push_back(std::move(fill));
     ControlSpec fillRow = button("cmdFillRow", QStringLiteral("Fill Row"), QStringLiteral("Fill for current row only"),
-                                 [](Module& m, Engine&, const Gesture&) { as<MatrixSequencer>(m).chooseFill(true); }, 720);
+                                 [](Module& m, Engine&, const Gesture&) { as<MatrixSequencer>(m).chooseFill(true); }, 1140);
     fillRow.dialog = Dialog::Fill;
     fillRow.read = [](const Module& m) {
         Shown s = Shown::ofText("Fill Row " + std::to_string(as<MatrixSequencer>(m).Row));
@@ -114,7 +114,8 @@ PanelSpec matrixPanel(int columns, int rows) {
                                   [](Module& m, Engine& e, const Gesture&) {
                                       as<MatrixSequencer>(m).stepMode();
                                       e.MarkPatchChanged(true);
-                                  });
+                                  },
+                                  840);
         type.read = [](const Module& m) {
             static const char* names[] = {"Life", "HiLife", "CA/1D"};
             return Shown::ofText(names[as<MatrixSequencer>(m).Mode % 3]);

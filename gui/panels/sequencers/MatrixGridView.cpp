@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kTwipsPerPixel = kKnobTwips / GridPicture::kCell;
 
-const QColor kLampOff(70, 58, 20);
+const QColor kLampOff(105, 84, 28);
 const QColor kLampOn(255, 214, 64);
 const QColor kDim(34, 34, 40);
 
@@ -221,7 +221,7 @@ void paintRhythm(QPainter& p, const QRect&, const Shown& s) {
             const QRect lamp = RhythmPicture::gateRect(r, step);
             const bool on = (bits >> step) & 1;
             if (step >= length)
-                p.fillRect(lamp, on ? QColor(60, 52, 30) : kDim);
+                p.fillRect(lamp, on ? QColor(70, 62, 50) : QColor(44, 44, 50));
             else
                 p.fillRect(lamp, on ? kLampOn : kLampOff);
             if (step == at && enabled) {
