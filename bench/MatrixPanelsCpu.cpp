@@ -14,7 +14,7 @@ namespace {
 constexpr int kPanels = 8;
 constexpr int kColumns = 2;
 constexpr int kCellWidth = 560;  // pixels
-constexpr int kCellHeight = 160;
+constexpr int kCellHeight = 340;  // a 16x8 panel with its whole grid of knobs
 
 void placeBusyPatch(Session& session) {
     Engine& e = session.engine;
@@ -39,5 +39,5 @@ void placeBusyPatch(Session& session) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    return bench::measureGuiThread(argc, argv, QSize(kColumns * kCellWidth + 40, 5 * kCellHeight + 200), placeBusyPatch);
+    return bench::measureGuiThread(argc, argv, QSize(kColumns * kCellWidth + 40, (kPanels / kColumns) * kCellHeight + 120), placeBusyPatch);
 }

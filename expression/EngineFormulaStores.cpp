@@ -121,7 +121,12 @@ int EngineFormulaStores::gridCell(GridShape shape, int mid, int row, int col) {
 bool EngineFormulaStores::writeGridCell(GridShape shape, int mid, int row, int col, int value) {
     int at = 0;
     GridCells* cells = grid(shape, mid, row, col, at);
-    return cells && cells->writeFromOutside(at, value);
+    if (!cells || !cells->writeFromOutside(at, value)) return false;
+    // The matrix's panel redraws even while the matrix itself is off.
+    const std::string type = "Matrix" + std::to_string(gridColumns(shape)) + "x" + std::to_string(gridRows(shape));
+    if (const auto id = typeIdByName(type); id && mid >= 0 && mid <= INT16_MAX)
+        if (Module* m = engine_.typeSlot(*id).at(static_cast<int16_t>(mid))) m->viewChanged = true;
+    return true;
 }
 
 int EngineFormulaStores::gridChanged(GridShape shape, int mid) {

@@ -372,10 +372,24 @@ void PanelBoard::askDialog(PanelFrame* frame, int control) {
         ModuleFinder find = [this, module = slot->module, type = slot->type, index = slot->index] {
             return live(session_.engine, module, type, index);
         };
-        if (c.dialog == Dialog::Fill)
-            fill_ = openFillDialog(session_.engine, dialogs_, find, slot->name, mainWindow_);
-        else
+        if (c.dialog == Dialog::Fill) {
+            // A fill button with an editor tells its module what to fill; its reader's first
+            // item ends the dialog's title.
+            QString title = slot->name;
+            if (c.edit) {
+                auto held = session_.engine.lock();
+                Module* m = live(session_.engine, *slot);
+                if (!m) return;
+                c.edit(*m, session_.engine, Gesture{});
+                if (c.read) {
+                    const Shown shown = c.read(*m);
+                    if (!shown.items.empty()) title += QString::fromStdString(shown.items.front());
+                }
+            }
+            fill_ = openFillDialog(session_.engine, dialogs_, find, title, mainWindow_);
+        } else {
             pageTable_ = openPageTable(session_.engine, dialogs_, find, mainWindow_);
+        }
         return;
     }
     if (c.dialog == Dialog::SliderSetup) {

@@ -58,13 +58,14 @@ struct Gesture {
     int item = 0;       // a stage, a menu row
     int number = 0;     // an up-down value
     std::string text;   // typed text, a chosen file
-    enum class Kind { Text, Click, Value, Press, Move, Release, Leave } kind = Kind::Click;
+    enum class Kind { Text, Click, Value, Press, Move, Release, Leave, Wheel } kind = Kind::Click;
     // A mouse gesture on a drawn control: where, in its own units, and which button
     // (0 none, 1 left, 2 any other) with which keys (1 Ctrl, 2 Shift, 4 Alt).
     int x = 0;
     int y = 0;
     int button = 0;
     int keys = 0;
+    int notches = 0;  // a wheel turn on a drawn control: notches away from the user
 };
 
 enum class ControlKind {

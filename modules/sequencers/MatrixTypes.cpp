@@ -159,9 +159,11 @@ void MatrixSequencer::pressCell(int x, int y, int button, int keys) {
     const int column = x / kKnobTwips;
     const int row = y / kKnobTwips;
     if (x < 0 || y < 0 || column >= size_.columns || row >= size_.rows) return;
-    savedColumn_ = Column;
-    savedRow_ = Row;
-    knobEdit_.begin(*this, 0);
+    if (!knobEdit_.active) {  // a second button during a drag keeps the first press's saved state
+        savedColumn_ = Column;
+        savedRow_ = Row;
+        knobEdit_.begin(*this, 0);
+    }
     Column = column;
     Row = row;
     if (button != 0) {
@@ -187,6 +189,16 @@ void MatrixSequencer::releaseCell() {
     viewChanged = true;
     SendOut();
 }
+
+void MatrixSequencer::wheelCell(int column, int row, int notches, int keys) {
+    if (Lock || column < 0 || row < 0 || column >= size_.columns || row >= size_.rows || notches == 0) return;
+    const int step = keys & 2 ? 10 : 1;
+    setCell(column, row, std::clamp(cell(column, row) + notches * step, 0, kMaxValue));
+    viewChanged = true;
+    SendOut();
+}
+
+std::string MatrixSequencer::fillTitleTail() const { return RowFill ? " Row: " + std::to_string(Row) : std::string(); }
 
 void MatrixSequencer::stepMode() {
     if (automata_ != MatrixAutomata::EightRowModes) return;
@@ -367,7 +379,34 @@ void MatrixSequencer::readFields(ByteReader& in) {
 
 MatrixOutput::MatrixOutput(ModuleTypeId type, GridSize size) : Module(type, kInputs), size_(size) {}
 
+void MatrixOutput::onAttach(Engine& engine) {
+    parentsSeen_ = 0;
+    followParents(engine);
+}
+
+void MatrixOutput::followParents(Engine& engine) {
+    uint32_t seen = 1;
+    engine.typeSlot(matrixTypeId(size_.columns, size_.rows)).forEachActive([&seen](Module& m) {
+        seen = seen * 31u + static_cast<uint32_t>(m.Index) + 1u;
+    });
+    if (seen == parentsSeen_) return;
+    parentsSeen_ = seen;
+    parents_ = parentChoices(engine);
+    viewChanged = true;
+}
+
+int MatrixOutput::parentRow() const {
+    const auto it = std::find(parents_.begin(), parents_.end(), Parent + 1);
+    return it == parents_.end() ? -1 : static_cast<int>(it - parents_.begin());
+}
+
+void MatrixOutput::chooseParentRow(int row) {
+    if (row < 0 || row >= static_cast<int>(parents_.size())) return;
+    setParent(parents_[static_cast<size_t>(row)] - 1);
+}
+
 void MatrixOutput::update(Engine& engine) {
+    followParents(engine);
     const GridCells* parent = engine.gridCells.find(GridCellStore::sizeIndex(size_.columns, size_.rows), Parent);
     const int v = parent ? parent->cells[static_cast<size_t>(size_.at(reduceColumn(in(0)), in(1) & (size_.rows - 1)))] : 0;
     if (v == ShownValue) return;

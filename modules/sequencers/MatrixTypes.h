@@ -93,7 +93,13 @@ public:
     void pressCell(int x, int y, int button, int keys);
     void dragCell(int x, int y, int button);
     void releaseCell();
+    // The wheel over a cell: a notch is one step, ten with Shift (keys 2); the lock holds it.
+    void wheelCell(int column, int row, int notches, int keys);
     bool editing() const { return knobEdit_.active; }
+    // btnFill (false) and cmdFillRow (true): what the Fill dialog about to open works on.
+    void chooseFill(bool currentRow) { RowFill = currentRow; }
+    // The tail of the Fill dialog's title: " Row: " and the row for a row fill.
+    std::string fillTitleTail() const;
     // cmdType: Life, HiLife, CA/1D and round again.
     void stepMode();
     // cmdKnobSet.
@@ -201,6 +207,11 @@ public:
     int reduceColumn(int value) const { return value & (size_.columns == 12 ? 11 : size_.columns - 1); }
     // cbXmID: the numbers (1..) of the existing parents, "1" alone when there are none.
     std::vector<int> parentChoices(Engine& engine) const;
+    // The same list as this satellite last saw it on a pass (or when placed).
+    const std::vector<int>& parentChoices() const { return parents_; }
+    // The row of cbXmID that shows the parent; -1 when the parent is gone.
+    int parentRow() const;
+    void chooseParentRow(int row);
     void setParent(int index);
 
     // Per snapshot the parent byte and a spare one.
@@ -209,12 +220,17 @@ public:
     void update(Engine& engine) override;
 
 protected:
+    void onAttach(Engine& engine) override;
     void recallSettings(int snapshot) override;
     void storeSettings(int snapshot) override;
 
 private:
+    // Reads the parents' list again when the matrices of this size changed.
+    void followParents(Engine& engine);
     GridSize size_;
     std::array<uint8_t, kSnapshotCount> storedParents_{};
+    std::vector<int> parents_{1};
+    uint32_t parentsSeen_ = 0;  // a fingerprint of the placed matrices of this size
 };
 
 ModuleTypeId matrixOutputTypeId(int columns, int rows);

@@ -108,6 +108,18 @@ void Rhythm::toggleRow(int row) {
     viewChanged = true;
 }
 
+void Rhythm::pressLamp(int row, int step, int button, int keys) {
+    if (button == 0) return;
+    if (step == -1) {
+        toggleRow(row);
+        return;
+    }
+    if (button == 1 && !(keys & 2))
+        toggleGate(row, step);
+    else
+        setLength(row, step);
+}
+
 int Rhythm::stepAtY(double y, double height) {
     if (height <= 0) return 0;
     const double step = std::floor(32 - (height - y) / height * 32 - 0.5);

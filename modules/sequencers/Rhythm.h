@@ -54,6 +54,10 @@ public:
     void setLength(int row, int step);
     // LEDSelect: a click enables or inhibits a row.
     void toggleRow(int row);
+    // A press on the lamps (button 1 left, 2 other; keys 2 Shift): on a gate lamp the left
+    // button toggles it, the other button or Shift with the left makes the row end there;
+    // step -1 is the row's enable lamp.
+    void pressLamp(int row, int step, int button, int keys);
     // The step under a pointer at y over a lamp strip of usable height `height`, 0..31.
     static int stepAtY(double y, double height);
     // Copy, Paste and Undo through the clipboard and undo buffer that all Rhythms share.
@@ -76,7 +80,7 @@ private:
     RhythmRows Rows;
     std::array<int, kRows> ShownPos{};
     float Counter = 0;
-    int LastGatesInput = -1;
+    int LastGatesInput = 0;  // an input left off keeps the mask a new or loaded module has
     int ShownMask = -1;
     int LastNote = -1;
     std::array<uint8_t, kSnapshotBytes * kSnapshotCount> stored_{};

@@ -8,7 +8,6 @@
 
 #include "gui/panels/sequencers/TableViews.h"
 #include "modules/sequencers/Knobs.h"
-#include "modules/sequencers/MatrixTypes.h"
 #include "modules/sequencers/Picks.h"
 #include "modules/sequencers/Slides.h"
 #include "tests/gui/PanelHarness.h"
@@ -58,19 +57,6 @@ TEST(EveryKnob, WheelKeysAndTypedEntryTurnIt) {
     entry->setText("40");
     key(entry, Qt::Key_Return);
     EXPECT_EQ(scaleLimit(h, "1Slide4-"), 40);
-}
-
-TEST(GridPanels, TypedCellsReachTheGridAndItsPage) {
-    GuiHarness h;
-    h.placeModule("Matrix8x4");
-    gui::PanelFrame& frame = panel(h, "1Mat8x4-");
-    h.window().refresh();
-    type(part<QLineEdit>(frame, "bxV1_3"), "99");
-    runTicks(h, 2);
-    auto& m = static_cast<MatrixSequencer&>(module(h, "1Mat8x4-"));
-    auto held = h.engine().lock();
-    EXPECT_EQ(m.cell(3, 0), 99);
-    EXPECT_EQ(m.page(0)[static_cast<size_t>(m.size().at(3, 0))], 99);
 }
 
 TEST(GridPanels, KnobRowsAndPickersTakeTypedValues) {

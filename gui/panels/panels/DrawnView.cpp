@@ -2,6 +2,7 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <QWheelEvent>
 
 namespace quillmer::gui {
 
@@ -41,5 +42,23 @@ void DrawnView::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void DrawnView::mouseReleaseEvent(QMouseEvent* event) { send(Gesture::Kind::Release, event); }
+
+void DrawnView::wheelEvent(QWheelEvent* event) {
+    wheelRest_ += event->angleDelta().y();
+    const int notches = wheelRest_ / 120;
+    wheelRest_ %= 120;
+    event->accept();
+    if (notches == 0) return;
+    Gesture g;
+    g.kind = Gesture::Kind::Wheel;
+    g.x = static_cast<int>(event->position().x());
+    g.y = static_cast<int>(event->position().y());
+    const auto mods = event->modifiers();
+    g.keys = (mods & Qt::ControlModifier ? 1 : 0) | (mods & Qt::ShiftModifier ? 2 : 0) | (mods & Qt::AltModifier ? 4 : 0);
+    g.notches = notches;
+    g.number = width();
+    g.item = height();
+    emit gesture(g);
+}
 
 }  // namespace quillmer::gui

@@ -1,7 +1,8 @@
 #pragma once
 // A control that its panel description draws itself: the description's painter draws what
 // the module shows, and mouse presses, drags and releases go back as gestures with the point
-// in pixels (Gesture::number and Gesture::item carry the view's width and height).
+// in pixels (Gesture::number and Gesture::item carry the view's width and height); a wheel
+// turn goes as Gesture::Kind::Wheel with its whole notches.
 
 #include <QWidget>
 #include <functional>
@@ -24,11 +25,13 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
     void send(Gesture::Kind kind, QMouseEvent* event);
     Painter paint_;
     Shown shown_;
+    int wheelRest_ = 0;
 };
 
 }  // namespace quillmer::gui

@@ -1,6 +1,5 @@
 // Panels of the matrices and their satellites, and of the gate, rhythm, pick, switch and
-// knob families. A matrix shows the row of its grid in force; every value is a stage box
-// that takes typing, a drag and the wheel.
+// knob families. A matrix shows its whole grid of knobs in one picture (MatrixGridView).
 
 #include <QGuiApplication>
 #include <initializer_list>
@@ -8,6 +7,7 @@
 
 #include "engine/Engine.h"
 #include "gui/panels/PanelSpec.h"
+#include "gui/panels/sequencers/MatrixGridView.h"
 #include "modules/sequencers/Gates.h"
 #include "modules/sequencers/Knobs.h"
 #include "modules/sequencers/MatrixTypes.h"
@@ -79,42 +79,30 @@ PanelSpec matrixPanel(int columns, int rows) {
     spec.inputColumns = 2;
     const bool fourRow = rows == 4;
     const bool modes = rows == 8 && columns != 12;
-    // The row in force, column by column.
-    ControlSpec grid = stageRow(
-        "iKnobs", QStringLiteral("Stage row in force"), columns,
-        [](const Module& m) {
-            const auto& x = as<MatrixSequencer>(m);
-            Shown s;
-            for (int c = 0; c < x.size().columns; ++c) s.row.push_back(x.cell(c, x.Row));
-            s.selected = x.Column;
-            s.number = x.Column;
-            s.text = std::to_string(x.cellsVersion());
-            return s;
-        },
-        [](Module& m, Engine& e, const Gesture& g) {
-            auto& x = as<MatrixSequencer>(m);
-            const int cellX = g.item * kKnobTwips + kKnobTwips / 2;
-            const int cellY = x.Row * kKnobTwips + kKnobTwips / 2;
-            if (x.Lock) return;
-            switch (g.kind) {
-                case Gesture::Kind::Text: x.writeFromOutside(g.item, x.Row, ParseBusValue(g.text)); break;
-                case Gesture::Kind::Click:
-                    x.pressCell(cellX, cellY, 0, 0);
-                    x.releaseCell();
-                    return;
-                default: return;
-            }
-            e.MarkPatchChanged(true);
-        });
     spec.controls.push_back(titleOutput());
-    spec.controls.push_back(fillButton());
+    // btnFill and cmdFillRow: the panel board runs the editor before the dialog opens, so
+    // the matrix knows whether the whole grid or the current row is filled.
+    ControlSpec fill = fillButton();
+    fill.edit = [](Module& m, Engine&, const Gesture&) { as<MatrixSequencer>(m).chooseFill(false); };
+    spec.controls.push_back(std::move(fill));
+    ControlSpec fillRow = button("cmdFillRow", QStringLiteral("Fill Row"), QStringLiteral("Fill for current row only"),
+                                 [](Module& m, Engine&, const Gesture&) { as<MatrixSequencer>(m).chooseFill(true); }, 1140);
+    fillRow.dialog = Dialog::Fill;
+    fillRow.read = [](const Module& m) {
+        Shown s = Shown::ofText("Fill Row " + std::to_string(as<MatrixSequencer>(m).Row));
+        s.items = {" Row: " + std::to_string(as<MatrixSequencer>(m).Row)};
+        return s;
+    };
+    spec.controls.push_back(std::move(fillRow));
     ControlSpec table = button("cmdTable", QStringLiteral("Table"), QStringLiteral("Open Page Table"), nullptr);
     table.dialog = Dialog::PageTable;
     spec.controls.push_back(std::move(table));
     spec.controls.push_back(button("cmdKnobSet", QStringLiteral("1"), QStringLiteral("Knob Graphics"),
                                    [](Module& m, Engine&, const Gesture&) { as<MatrixSequencer>(m).stepKnobSet(); }, 300));
     spec.controls.back().read = [](const Module& m) { return Shown::ofText(std::to_string(as<MatrixSequencer>(m).KnobSet + 1)); };
-    spec.controls.push_back(flagSwitch<MatrixSequencer>("chkLock", "Lock", "Lock Knobs", &MatrixSequencer::Lock));
+    ControlSpec lock = flagSwitch<MatrixSequencer>("chkLock", "Lock", "Lock Knobs", &MatrixSequencer::Lock);
+    lock.newRow = true;
+    spec.controls.push_back(std::move(lock));
     if (columns != 12) {
         spec.controls.push_back(flagSwitch<MatrixSequencer>("chkKick", "Kick", "Kick Life Cycle if it stabalizes", &MatrixSequencer::Kick));
         spec.controls.push_back(flagSwitch<MatrixSequencer>("chkRan", "Ran", "Life cell values randomized", &MatrixSequencer::Ran));
@@ -126,17 +114,16 @@ PanelSpec matrixPanel(int columns, int rows) {
                                   [](Module& m, Engine& e, const Gesture&) {
                                       as<MatrixSequencer>(m).stepMode();
                                       e.MarkPatchChanged(true);
-                                  });
+                                  },
+                                  840);
         type.read = [](const Module& m) {
             static const char* names[] = {"Life", "HiLife", "CA/1D"};
             return Shown::ofText(names[as<MatrixSequencer>(m).Mode % 3]);
         };
         spec.controls.push_back(std::move(type));
-        ControlSpec rule = valueBox("LEDSelect", QStringLiteral("On = cell lives, off= dies"),
-                                    [](const Module& m) { return Shown::ofNumber(as<MatrixSequencer>(m).Rule); });
-        spec.controls.push_back(std::move(rule));
     }
-    spec.controls.push_back(std::move(grid));
+    spec.controls.push_back(matrixGridControl(columns, rows, columns != 12));
+    if (modes) spec.controls.push_back(ruleLampsControl());
     return spec;
 }
 
@@ -144,14 +131,19 @@ PanelSpec satellitePanel() {
     PanelSpec spec;
     spec.inputColumns = 2;
     ControlSpec parent;
-    parent.kind = ControlKind::UpDown;
+    parent.kind = ControlKind::Choice;
     parent.objectName = QStringLiteral("cbXmID");
     parent.tip = text(MatrixOutput::kParentTip);
-    parent.minimum = 1;
-    parent.maximum = 128;
-    parent.read = [](const Module& m) { return Shown::ofNumber(as<MatrixOutput>(m).Parent + 1); };
+    parent.itemsFromModule = true;
+    parent.read = [](const Module& m) {
+        const auto& out = as<MatrixOutput>(m);
+        Shown s;
+        for (int number : out.parentChoices()) s.items.push_back(std::to_string(number));
+        s.selected = out.parentRow();
+        return s;
+    };
     parent.edit = [](Module& m, Engine& e, const Gesture& g) {
-        as<MatrixOutput>(m).setParent(g.number - 1);
+        as<MatrixOutput>(m).chooseParentRow(g.item);
         e.MarkPatchChanged(true);
     };
     parent.widthTwips = 720;
@@ -308,22 +300,6 @@ PanelSpec rhythmPanel() {
             as<Rhythm>(m).HidePositions = g.number != 0;
             e.MarkPatchChanged(true);
         });
-    // The seven rows as numbers: each row's gate bits at its present step, and the lengths.
-    ControlSpec lengths = stageRow(
-        "LED1", QStringLiteral("Row lengths (2..32); type to set one"), Rhythm::kRows,
-        [](const Module& m) {
-            const auto& r = as<Rhythm>(m);
-            Shown s;
-            for (int row = 0; row < Rhythm::kRows; ++row) s.row.push_back(r.rowLength(row));
-            s.selected = 0;
-            s.number = -1;
-            return s;
-        },
-        [](Module& m, Engine& e, const Gesture& g) {
-            if (g.kind != Gesture::Kind::Text) return;
-            as<Rhythm>(m).setLength(g.item, ParseBusValue(g.text) - 1);
-            e.MarkPatchChanged(true);
-        });
     auto rowsButton = [](const char* name, const char* caption, void (*act)(Rhythm&)) {
         return button(name, QLatin1String(caption), QString(), [act](Module& m, Engine& e, const Gesture&) {
             act(as<Rhythm>(m));
@@ -333,7 +309,7 @@ PanelSpec rhythmPanel() {
     spec.controls = {titleOutput(), std::move(state),
                      rowsButton("cmdCopy", "Copy", [](Rhythm& r) { r.copyRows(); }),
                      rowsButton("cmdPaste", "Paste", [](Rhythm& r) { r.pasteRows(); }),
-                     rowsButton("cmdUndo", "Undo", [](Rhythm& r) { r.undoRows(); }), std::move(lengths)};
+                     rowsButton("cmdUndo", "Undo", [](Rhythm& r) { r.undoRows(); }), rhythmLampsControl()};
     return spec;
 }
 
