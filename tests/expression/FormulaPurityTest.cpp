@@ -19,7 +19,7 @@ TEST(FormulaPurity, ContextMathAndMailAreImpureOnesAreNamed) {
     EXPECT_TRUE(pure(runtime, "out(LIM(in1*2) + min(in2, InC))")) << "a body function followed";
     EXPECT_TRUE(pure(runtime, "fnEval(ToolTip('a', 'b'), LED(in1), nLED(in2), GOTO(Me), out(mID))"));
     EXPECT_TRUE(pure(runtime, "out(in16 + 1 + RBIT(in1, 2))"));
-    EXPECT_FALSE(pure(runtime, "out(RND*127)"));
+    EXPECT_FALSE(pure(runtime, "out(RND()*127)"));
     EXPECT_FALSE(pure(runtime, "out(RAN*127)")) << "through an alias";
     EXPECT_FALSE(pure(runtime, "out(in1 + A)")) << "a shared variable";
     EXPECT_FALSE(pure(runtime, "out(in1 + Pi)")) << "any variable";
@@ -35,10 +35,12 @@ TEST(FormulaPurity, RedefiningAFunctionIsSeenAndRecursionEnds) {
     runtime.start();
     ASSERT_TRUE(runtime.calc().defineFunction("Twice(x)=2*x"));
     EXPECT_TRUE(pure(runtime, "out(Twice(in1))"));
-    ASSERT_TRUE(runtime.calc().defineFunction("Twice(x)=2*x*RND"));
+    ASSERT_TRUE(runtime.calc().defineFunction("Twice(x)=2*x*RND()"));
     EXPECT_FALSE(runtime.isPure(5)) << "the same formula, now calling a draw";
-    ASSERT_TRUE(runtime.calc().defineFunction("Loop1(x)=Loop1(x)"));
-    EXPECT_FALSE(pure(runtime, "out(Loop1(in1))"));
+    ASSERT_TRUE(runtime.calc().defineFunction("Ping(x)=x"));
+    ASSERT_TRUE(runtime.calc().defineFunction("Pong(x)=Ping(x)"));
+    ASSERT_TRUE(runtime.calc().defineFunction("Ping(x)=Pong(x)"));
+    EXPECT_FALSE(pure(runtime, "out(Ping(in1))")) << "a cycle of bodies";
     const uint64_t before = runtime.generation();
     ASSERT_EQ(runtime.setFormula(9, "out(1)"), 0);
     EXPECT_NE(runtime.generation(), before);
