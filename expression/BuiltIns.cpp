@@ -142,6 +142,11 @@ const BuiltIn kBuiltIns[] = {
 bool Calc::addBuiltIns() {
     bool ok = true;
     for (const BuiltIn& b : kBuiltIns) ok = defineFunction(b.prototype, b.fn, nullptr) && ok;
+    // RND draws, and the circular functions follow the angle mode: neither is pure.
+    for (const char* name : {"abs", "int", "fix", "round", "floor", "ceil", "sgn", "min", "max", "mod", "iif", "sqr", "sqrt",
+                             "exp", "log", "ln", "log2", "log10", "sinh", "cosh", "tanh", "sech", "csch", "coth", "asinh",
+                             "acosh", "atanh", "acoth", "asech", "acsch"})
+        markPure(name);
     return ok;
 }
 

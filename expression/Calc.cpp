@@ -15,6 +15,7 @@ namespace {
 constexpr size_t kArgStackSize = 16384;
 constexpr int kMaxParams = 32;
 constexpr int kNestedEvaluationCost = 24;
+constexpr int kPureDepthLimit = 32;
 constexpr size_t kTextBytesPerStep = 256;
 
 const char* const kErrorTexts[] = {
@@ -108,6 +109,7 @@ Calc::Calc() : random_(xorshiftRandom) {
 Calc::~Calc() = default;
 
 void Calc::reset(std::string_view capacities) {
+    ++definitions_;
     formulas_.clear();
     formulas_.emplace_back();  // handle 0 is none
     freeFormulas_.clear();
@@ -167,6 +169,32 @@ int Calc::findFunction(std::string_view lower) const {
 
 bool Calc::isFunction(std::string_view name) const { return findFunction(lowerName(name)) >= 0; }
 
+void Calc::markPure(std::string_view functionName) {
+    const int id = findFunction(lowerName(functionName));
+    if (id < 0) return;
+    functions_[static_cast<size_t>(id)].pure = true;
+    ++definitions_;
+}
+
+bool Calc::pureExpr(const Expr& e, int depth) const {
+    if (depth > kPureDepthLimit) return false;  // a body calling itself, or nearly so
+    for (const Node& nd : e.nodes) {
+        if (nd.op == Op::Var || nd.op == Op::TextVar) return false;
+        if (nd.op != Op::Call) continue;
+        const Function& f = functions_[static_cast<size_t>(nd.b)];
+        if (f.byteSource != nullptr) continue;
+        if (f.fn != nullptr ? !f.pure : (f.body == nullptr || !pureExpr(*f.body, depth + 1))) return false;
+    }
+    return true;
+}
+
+bool Calc::isPure(Handle h) const { return valid(h) && pureExpr(*formulas_[static_cast<size_t>(h)], 0); }
+
+bool Calc::namesVariable(std::string_view functionName) const {
+    const int id = findFunction(lowerName(functionName));
+    return id >= 0 && functions_[static_cast<size_t>(id)].pre != nullptr;
+}
+
 // --- functions ---
 
 namespace {
@@ -203,6 +231,7 @@ size_t matchingParen(std::string_view s, size_t open) {
 }  // namespace
 
 bool Calc::defineFunction(std::string_view prototype, NativeFn fn, void* user) {
+    ++definitions_;
     clearError();
     const std::string_view proto = trim(prototype);
     const size_t open = proto.find('(');
@@ -345,6 +374,7 @@ bool Calc::defineFunction(std::string_view prototype, NativeFn fn, void* user) {
 }
 
 bool Calc::preParse(std::string_view functionName, PreParseFn fn, void* user) {
+    ++definitions_;
     const int id = findFunction(lowerName(functionName));
     if (id < 0) {
         fail(kUndefinedFunction, functionName);
@@ -356,6 +386,7 @@ bool Calc::preParse(std::string_view functionName, PreParseFn fn, void* user) {
 }
 
 bool Calc::bindByte(std::string_view functionName, const uint8_t* source) {
+    ++definitions_;
     const int id = findFunction(lowerName(functionName));
     if (id < 0) {
         fail(kUndefinedFunction, functionName);
@@ -582,8 +613,17 @@ Calc::Result Calc::eval(std::string_view text) {
     const Handle h = parse(text);
     if (h != 0) {
         r.isText = isText(h);
-        if (r.isText)
+        if (r.isText) {
+            const Expr& e = *formulas_[static_cast<size_t>(h)];
+            switch (e.nodes[static_cast<size_t>(e.root)].op) {
+                case Op::TextLit: r.kind = TextKind::Literal; break;
+                case Op::TextVar:
+                case Op::TextParam: r.kind = TextKind::Variable; break;
+                case Op::TextJoin: r.kind = TextKind::Join; break;
+                default: r.kind = TextKind::Number; break;
+            }
             r.text = evaluateText(h);
+        }
         else
             r.value = evaluate(h);
     }
@@ -629,10 +669,8 @@ double Calc::eval(const Expr& e, int n) {
             return frame_[nd.a];
         case Op::Call: {
             const Function& f = functions_[static_cast<size_t>(nd.b)];
-            if (f.byteSource != nullptr && nd.count == 0 && error_ == kOk) {  // a context reader
-                if (++steps_ > stepBudget_) return call(e, nd);
-                return *f.byteSource;
-            }
+            // A context reader: a leaf, so it spends no step; after an error its value is lost anyway.
+            if (f.byteSource != nullptr && nd.count == 0) return *f.byteSource;
             return call(e, nd);
         }
         case Op::Neg:

@@ -126,6 +126,16 @@ public:
     bool bindByte(std::string_view functionName, const uint8_t* source);
     bool alias(std::string_view name, std::string_view text);
     bool isFunction(std::string_view name) const;
+    // Marks a function pure: its value depends on its arguments alone, and whatever it
+    // leaves behind comes out the same when it runs again on the same arguments. A native
+    // is not pure unless marked; a body function is when its body is.
+    void markPure(std::string_view functionName);
+    // Every call in the formula is pure (bodies followed) and it reads no variable.
+    bool isPure(Handle formula) const;
+    // Counts the definitions made: what isPure said holds while this stays.
+    uint64_t definitions() const { return definitions_; }
+    // A function whose first argument names a variable (it has a pre-parse).
+    bool namesVariable(std::string_view functionName) const;
 
     // "NAME=number" or "NAME$=text". Returns the handle, or -1.
     int defineVariable(std::string_view definition);
@@ -144,9 +154,14 @@ public:
     void release(Handle formula);
     bool valid(Handle formula) const;
 
+    // What a text formula is at its top: one quoted literal, one text variable (or text
+    // parameter), a join of parts, or a number in text.
+    enum class TextKind { None, Literal, Variable, Join, Number };
+
     // Parse, run and release, for a test of a formula: the value, or the text when it is text.
     struct Result {
         bool isText = false;
+        TextKind kind = TextKind::None;
         double value = 0;
         std::string text;
         int error = kOk;
@@ -193,6 +208,7 @@ private:
     Handle store(std::unique_ptr<Expr> e);
     Expr* compile(std::string_view text, const Function* owner, bool lenient);
 
+    bool pureExpr(const Expr& e, int depth) const;
     double run(const Expr& e);
     double eval(const Expr& e, int n);
     double call(const Expr& e, const Node& nd);
@@ -213,6 +229,7 @@ private:
     std::unordered_map<std::string, std::string> aliases_;
     Capacities capacities_;
     int variableCount_ = 0;
+    uint64_t definitions_ = 0;
 
     int error_ = kOk;
     std::string errorData_;

@@ -53,6 +53,7 @@ struct Calc::Function {
     PreParseFn pre = nullptr;
     void* preUser = nullptr;
     const uint8_t* byteSource = nullptr;
+    bool pure = false;  // a native marked pure
 };
 
 struct Calc::Variable {

@@ -4,21 +4,39 @@
 
 #include "expression/RuntimeStores.h"
 
+#include <atomic>
+
 namespace quillmer {
+
+namespace {
+std::atomic<uint64_t> generations{0};
+
+// The vocabulary whose value depends on its arguments and the context alone, and whose mail
+// comes out the same when it runs again.
+constexpr const char* kPureVocabulary[] = {"OUT", "LED", "nLED", "ClkLED", "GOTO", "ToolTip", "TxtLabel", "NumLabel",
+                                           "Me", "UID", "mID", "InC", "fnEval", "Edge", "RBIT", "WBIT", "TBIT"};
+}  // namespace
 
 FormulaRuntime::FormulaRuntime(FormulaStores* stores, std::string dataFolder)
     : stores_(stores != nullptr ? stores : &ownStores_),
       dataFolder_(std::move(dataFolder)),
-      mailboxes_(kEvalModuleIds),
       moduleUid_(kEvalModuleIds, 0),
-      state_(std::make_unique<Stores>()) {}
+      state_(std::make_unique<Stores>()) {
+    clearMailboxes();
+}
+
+void FormulaRuntime::clearMailboxes() {
+    mailTexts_.assign(kEvalModuleIds, MailText{});
+    mailboxes_.assign(kEvalModuleIds, Mailbox{});
+    for (size_t i = 0; i < mailboxes_.size(); ++i) mailboxes_[i].text = &mailTexts_[i];
+}
 
 FormulaRuntime::~FormulaRuntime() = default;
 
 void FormulaRuntime::start() {
     // 1. The arrays of the data model, cleared.
     state_ = std::make_unique<Stores>();
-    mailboxes_.assign(kEvalModuleIds, Mailbox{});
+    clearMailboxes();
     moduleUid_.assign(kEvalModuleIds, 0);
     uidCount_ = 0;
     infoBoxes_ = {};
@@ -64,12 +82,15 @@ void FormulaRuntime::start() {
     // 10. The vocabulary, in its order.
     defineVocabulary();
     autoStart = true;
+    for (const char* name : kPureVocabulary) calc_.markPure(name);
+    for (int i = 1; i <= 16; ++i) calc_.markPure("In" + std::to_string(i));
     // 11. The default formula in every entry.
     defaultHandle_ = calc_.parse(kDefaultFormula);
     for (FormulaEntry& e : formulas_) e = FormulaEntry{defaultHandle_, {}};
     // 12. The pixel functions, unless something defined them already.
     if (!calc_.isFunction("WPix")) Vocabulary::pixels(*this);
     calc_.clearError();
+    generation_ = ++generations;
     started_ = true;
 }
 
@@ -98,10 +119,21 @@ int FormulaRuntime::setFormula(int n, std::string_view text, std::string_view do
     const expr::Handle old = e.handle;
     e.handle = h;
     e.doc = std::string(doc);
+    e.pureAsOf = 0;
+    generation_ = ++generations;
     bool shared = old == defaultHandle_;
     for (const FormulaEntry& other : formulas_) shared = shared || other.handle == old;
     if (!shared) calc_.release(old);
     return expr::kOk;
+}
+
+bool FormulaRuntime::isPure(int n) {
+    FormulaEntry& e = formulas_[static_cast<size_t>(n & 127)];
+    if (e.pureAsOf != calc_.definitions() + 1) {
+        e.pure = calc_.isPure(e.handle);
+        e.pureAsOf = calc_.definitions() + 1;
+    }
+    return e.pure;
 }
 
 int FormulaRuntime::uidOf(int moduleId) {
@@ -120,6 +152,11 @@ int FormulaRuntime::uidOf(int moduleId) {
 uint32_t FormulaRuntime::matrixRow(int uid, int row) const {
     if (uid < 1 || uid >= kUidCount || row < 0 || row >= 32) return 0;
     return state_->lm[static_cast<size_t>(uid)][static_cast<size_t>(row)];
+}
+
+const uint32_t* FormulaRuntime::matrixRows(int uid) const {
+    if (uid < 1 || uid >= kUidCount) return nullptr;
+    return state_->lm[static_cast<size_t>(uid)].data();
 }
 
 void FormulaRuntime::setMatrixRow(int uid, int row, uint32_t word) {

@@ -51,15 +51,20 @@ enum ResultFlag : uint8_t {
     kFlagLabel = 32,
 };
 
+// The texts of a mailbox, kept apart so that the numbers every tick touches stay small.
+struct MailText {
+    std::array<std::string, 17> toolTips;  // clock, In1..In16
+    std::string label;
+};
+
 struct Mailbox {
     uint8_t flags = 0;
     uint8_t outValue = 0;
     uint8_t gotoTarget = 0;
-    uint32_t ledBits = 0;
     uint8_t ledNumber = 0;
     uint8_t ledNumberNegative = 0;  // the size of a negative lamp number
-    std::array<std::string, 17> toolTips;  // clock, In1..In16
-    std::string label;
+    uint32_t ledBits = 0;
+    MailText* text = nullptr;  // owned by the runtime, never null there
 };
 
 struct Picture {
@@ -79,6 +84,10 @@ public:
 
     // The start-up of the expression engine, once, before any formula runs.
     void start();
+    // The seed of the random tables of RRAN and RW, taken at the next start (0: the tables
+    // every Quillmer has without a seed).
+    void setSeed(uint32_t seed) { seed_ = seed; }
+    uint32_t seed() const { return seed_; }
     bool started() const { return started_; }
 
     expr::Calc& calc() { return calc_; }
@@ -97,11 +106,18 @@ public:
     struct FormulaEntry {
         expr::Handle handle = 0;
         std::string doc;
+        bool pure = false;
+        uint64_t pureAsOf = 0;  // Calc::definitions() + 1 when `pure` was found
     };
     const FormulaEntry& formula(int n) const { return formulas_[static_cast<size_t>(n & 127)]; }
     // Compiles `text` into entry n; on an error the entry stays as it was. Returns the error.
     int setFormula(int n, std::string_view text, std::string_view doc = {});
     expr::Handle defaultHandle() const { return defaultHandle_; }
+    // Formula n reads nothing but the evaluation context and leaves the same mail each time
+    // it runs on the same context: running it again on that context changes nothing.
+    bool isPure(int n);
+    // Changes with every start and every formula replaced, never the same in two runtimes.
+    uint64_t generation() const { return generation_; }
 
     // --- the mailbox ---
     Mailbox& mailbox(int moduleId) { return mailboxes_[static_cast<size_t>(clampId(moduleId))]; }
@@ -115,6 +131,8 @@ public:
     // A row of a module's lamp matrix (LM), by Uid 1..127; others read 0 and take nothing.
     uint32_t matrixRow(int uid, int row) const;
     void setMatrixRow(int uid, int row, uint32_t word);
+    // All 32 rows of a Uid's matrix, or null for a Uid that has none.
+    const uint32_t* matrixRows(int uid) const;
 
     // --- the tick and timers ---
     bool autoStart = false;
@@ -146,10 +164,14 @@ private:
     FormulaStores* stores_;
     std::string dataFolder_;
     bool started_ = false;
+    uint32_t seed_ = 0;
+    uint64_t generation_ = 0;
 
     std::array<FormulaEntry, kFormulaCount> formulas_{};
     expr::Handle defaultHandle_ = 0;
+    void clearMailboxes();
     std::vector<Mailbox> mailboxes_;
+    std::vector<MailText> mailTexts_;
     std::vector<uint8_t> moduleUid_;
     int uidCount_ = 0;
     int runHandle_ = -1;

@@ -31,7 +31,10 @@ std::string oneLine(std::string_view text) {
         if (end == std::string_view::npos) end = text.size();
         std::string_view part = trim(text.substr(start, end - start));
         if (!part.empty() && part.back() == '\r') part.remove_suffix(1);
-        if (!part.empty()) joined += (joined.empty() ? "" : ",") + std::string(part);
+        if (!part.empty()) {
+            if (!joined.empty()) joined += ',';
+            joined += part;
+        }
         start = end + 1;
     }
     return "fnEval(" + joined + ")";

@@ -129,6 +129,32 @@ std::vector<int> findRows(const std::vector<std::string>& rows, std::string_view
     return found;
 }
 
+namespace {
+
+const char* textResultLabel(expr::Calc::TextKind kind) {
+    switch (kind) {
+        case expr::Calc::TextKind::Literal: return "Quoted String: ";
+        case expr::Calc::TextKind::Variable: return "String Variable: ";
+        case expr::Calc::TextKind::Join: return "String Token: ";
+        default: return "Numeric: ";
+    }
+}
+
+// The text variable a line like "LETStr(S$, ...)" names and fills, or empty.
+std::string textVariableFilled(const expr::Calc& calc, std::string_view line) {
+    const size_t open = line.find('(');
+    if (open == std::string_view::npos || line.back() != ')') return {};
+    const std::string_view name = trim(line.substr(0, open));
+    if (name.empty() || !calc.namesVariable(name)) return {};
+    const size_t end = line.find_first_of(",)", open + 1);
+    std::string variable(trim(line.substr(open + 1, end - open - 1)));
+    if (!variable.empty() && variable.back() == '$') variable.pop_back();
+    const int handle = calc.variableHandle(variable);
+    return handle >= 0 && calc.variableIsText(handle) ? variable : std::string();
+}
+
+}  // namespace
+
 TestOutcome testFormula(FormulaRuntime& runtime, std::string_view text, int row) {
     TestOutcome out;
     const std::string line = joinFormulaLine({}, text);
@@ -153,7 +179,12 @@ TestOutcome testFormula(FormulaRuntime& runtime, std::string_view text, int row)
     }
     out.ok = true;
     if (r.isText) {
-        out.result = "String: " + r.text;
+        out.result = textResultLabel(r.kind) + r.text;
+        return out;
+    }
+    // A function that fills a text variable shows what the variable holds now.
+    if (const std::string filled = textVariableFilled(calc, line); !filled.empty()) {
+        out.result = "String Function: " + std::string(calc.variableText(calc.variableHandle(filled)));
         return out;
     }
     const double whole = std::trunc(r.value);

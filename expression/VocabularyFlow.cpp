@@ -73,19 +73,19 @@ const Definition kMailbox[] = {
      "In14$='In14', In15$='In15', In16$='In16')",
      [](const Args& a) {
          Mailbox& m = box(a);
-         for (int i = 0; i < 17; ++i) m.toolTips[static_cast<size_t>(i)] = std::string(a.text(i + 1));
+         for (int i = 0; i < 17; ++i) m.text->toolTips[static_cast<size_t>(i)] = a.text(i + 1);
          m.flags |= kFlagToolTip;
          return 0.0;
      }},
     {"TxtLabel(s$)",
      [](const Args& a) {
-         box(a).label = std::string(a.text(1));
+         box(a).text->label = a.text(1);
          box(a).flags |= kFlagLabel;
          return 0.0;
      }},
     {"NumLabel(n)",
      [](const Args& a) {
-         box(a).label = expr::formatNumber(a[1]);
+         box(a).text->label = expr::formatNumber(a[1]);
          box(a).flags |= kFlagLabel;
          return a[1];
      }},

@@ -390,6 +390,7 @@ void Vocabulary::randomAndAngle(FormulaRuntime& r) {
     // The two tables: even numbers in 0..1, and a walk in 0..1 that moves at most 1/16 a step.
     FormulaRuntime::Stores& s = r.state();
     uint64_t seed = 0x853C49E6748FEA9Bull;
+    if (r.seed() != 0) seed ^= (static_cast<uint64_t>(r.seed()) * 0x9E3779B97F4A7C15ull) | 1u;
     auto next = [&seed] {
         seed = seed * 6364136223846793005ull + 1442695040888963407ull;
         return static_cast<float>(static_cast<double>(seed >> 40) / 16777216.0);

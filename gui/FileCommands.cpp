@@ -2,6 +2,7 @@
 
 #include <QFileInfo>
 
+#include "gui/FormulaEditor.h"
 #include "gui/ProgramSettings.h"
 #include "gui/RecentFiles.h"
 #include "gui/UserDialogs.h"
@@ -214,6 +215,7 @@ void FileCommands::load(const QString& path) {
         keepManagedName();
     }
     emit patchReplaced();
+    if (loaded) tellUserFunctionProblem(session_, dialogs_);
     if (!loaded) {
         QString text = QString::fromStdString(error);
         if (!problem.empty()) text += QStringLiteral("\n\n") + QString::fromStdString(problem);

@@ -379,3 +379,16 @@ void FormulaEditor::closeEvent(QCloseEvent* event) {
 }
 
 }  // namespace quillmer::gui
+
+namespace quillmer::gui {
+
+void tellUserFunctionProblem(Session& session, UserDialogs& dialogs) {
+    std::string problem;
+    {
+        auto held = session.engine.lock();
+        problem = session.userFunctionProblem;
+    }
+    if (!problem.empty()) dialogs.critical(QStringLiteral("Quillmer"), QString::fromStdString(problem));
+}
+
+}  // namespace quillmer::gui

@@ -78,4 +78,8 @@ private:
     QLabel* status_ = nullptr;
 };
 
+// Tells the user why the last user function file didn't load, naming the file and the line;
+// nothing when it loaded. Takes the engine lock.
+void tellUserFunctionProblem(Session& session, UserDialogs& dialogs);
+
 }  // namespace quillmer::gui

@@ -169,6 +169,11 @@ void PanelBoard::collect(Engine& engine) {
         v.inputCaptions.resize(slot.inputs.size());
         for (size_t row = 0; row < slot.inputs.size(); ++row)
             v.inputCaptions[row] = m.inputCaption(m.menuInput(static_cast<int>(row)), engine.names);
+        if (spec.inputTip) {
+            v.inputTips.resize(slot.inputs.size());
+            for (size_t row = 0; row < slot.inputs.size(); ++row) v.inputTips[row] = spec.inputTip(m, m.menuInput(static_cast<int>(row)));
+        }
+        if (spec.nameTip) v.nameTip = spec.nameTip(m);
         v.durationLabel = spec.durationLabel ? spec.durationLabel(m) : DurationLabel::Dur;
         v.controls.resize(spec.controls.size());
         for (size_t i = 0; i < spec.controls.size(); ++i)

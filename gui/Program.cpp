@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "gui/FileCommands.h"
+#include "gui/FormulaEditor.h"
 #include "gui/MainWindow.h"
 #include "gui/OptionFlags.h"
 #include "gui/OptionsWindow.h"
@@ -80,7 +81,9 @@ void Program::start(const StartOptions& options) {
         settings_->applyTo(engine);
         if (engine.options.randomSeed != 0) engine.seedRandom(engine.options.randomSeed);
         rebuildGeneratorTables(engine.options.randomSeed);
+        session_->SeedUserFunctions(static_cast<uint32_t>(settings_->ufSeed));
     }
+    tellUserFunctionProblem(*session_, *dialogs_);
     openSavedPorts(options.noMidi);
     {
         auto held = engine.lock();

@@ -132,6 +132,7 @@ bool Session::OpenFile(const std::string& path, std::string& error) {
 }
 
 void Session::LoadAuxFiles(const std::string& patchPath) {
+    userFunctionProblem.clear();  // a problem of an earlier load has been told
     // A patch without a .tbl of its own starts from the default tables.
     const auto loadDefaultTables = [this] {
         tables = GeneralTables{};
@@ -204,6 +205,12 @@ void Session::LoadDefaultUserFunctions() {
     if (!path.empty() && LoadUserFunctions(path, error)) return;
     applyUserFunctions(UserFunctions{});
     userFunctionFile.clear();
+}
+
+void Session::SeedUserFunctions(uint32_t seed) {
+    if (seed == formulas.seed() && formulas.started()) return;
+    formulas.setSeed(seed);
+    applyUserFunctions(userFunctions);
 }
 
 void Session::applyUserFunctions(UserFunctions lists) {

@@ -71,6 +71,8 @@ public:
     // "default.ufn" from the data folders; without one the runtime starts with the default
     // formula in every entry.
     void LoadDefaultUserFunctions();
+    // The seed of the formulas' random tables ("UFSeed"): the lists compile again with it.
+    void SeedUserFunctions(uint32_t seed);
     // Compiles lists the editor holds.
     void applyUserFunctions(UserFunctions lists);
     bool usesOwnUserFunctions() const { return ownUserFunctions_; }

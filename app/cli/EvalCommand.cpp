@@ -28,7 +28,7 @@ void printMailbox(const Mailbox& m, std::ostream& out) {
     if (m.flags & kFlagGoto) out << "GOTO " << int{m.gotoTarget} << '\n';
     if (m.flags & kFlagLed) out << "LED " << m.ledBits << '\n';
     if (m.flags & kFlagLedNumber) out << "nLED " << int{m.ledNumber} << " -" << int{m.ledNumberNegative} << '\n';
-    if (m.flags & kFlagLabel) out << "Label " << m.label << '\n';
+    if (m.flags & kFlagLabel) out << "Label " << m.text->label << '\n';
 }
 
 int runEval(const EvalOptions& o) {

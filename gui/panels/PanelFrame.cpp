@@ -434,6 +434,10 @@ void PanelFrame::show(const PanelValues& values) {
         if (first || values.inputCaptions[row] != shown_.inputCaptions[row])
             setElided(inputButtons_[row], QString::fromStdString(values.inputCaptions[row]));
     }
+    for (size_t row = 0; row < inputButtons_.size() && row < values.inputTips.size(); ++row)
+        if (first || row >= shown_.inputTips.size() || values.inputTips[row] != shown_.inputTips[row])
+            inputButtons_[row]->setToolTip(QString::fromStdString(values.inputTips[row]));
+    if (spec_.nameTip && (first || values.nameTip != shown_.nameTip)) name_->setToolTip(QString::fromStdString(values.nameTip));
     if (!inputLabels_.empty() && spec_.durationLabel && (first || values.durationLabel != shown_.durationLabel)) {
         QLabel* label = inputLabels_.front();
         if (values.durationLabel == DurationLabel::Turbo)
@@ -455,6 +459,7 @@ void PanelFrame::showControl(int index, const Shown& was, const Shown& now, bool
     const ControlSpec& c = spec_.controls[static_cast<size_t>(index)];
     Control& control = controls_[static_cast<size_t>(index)];
     if (!c.read || (!first && was == now)) return;
+    if (c.tipFromModule) control.widget->setToolTip(QString::fromStdString(now.tip));
     switch (c.kind) {
         case ControlKind::ValueBox:
             static_cast<QLabel*>(control.widget)->setText(c.textual ? QString::fromStdString(now.text)

@@ -31,6 +31,8 @@ struct PanelValues {
     std::vector<std::string> inputCaptions;  // by button row: the connected output's name
     DurationLabel durationLabel = DurationLabel::Dur;
     std::vector<Shown> controls;             // by the description's control order
+    std::vector<std::string> inputTips;      // by button row, where the module gives them
+    std::string nameTip;
     int statusPicture = 2;
     bool operator==(const PanelValues&) const = default;
 };

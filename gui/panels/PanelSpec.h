@@ -34,6 +34,7 @@ struct Shown {
     std::vector<int> row;   // a stage row's values
     int selected = 0;       // a stage row's current stage, a menu's row
     std::vector<std::string> items;  // a menu's rows, where the module gives them
+    std::string tip;        // the tool tip, for a control whose module gives it
     bool operator==(const Shown&) const = default;
 
     static Shown ofNumber(int n) {
@@ -129,6 +130,7 @@ struct ControlSpec {
     bool newRow = false;     // starts a new row of controls
     bool enableColours = false;  // a switch green while out, red while in (opEnable)
     bool textual = false;        // a value box or an edit box that shows text, not a number
+    bool tipFromModule = false;  // the reader gives the tool tip (Shown::tip)
     // Where it lies: in the rows below the inputs, at the right end of the title row (the
     // output box, lamps always), or on the inputs' first line after the last button.
     enum class Place { Rows, Title, BesideInputs } place = Place::Rows;
@@ -141,6 +143,9 @@ struct PanelSpec {
     // A duration input at button row 0 whose label turns yellow or reads "Turbo".
     std::function<DurationLabel(const Module&)> durationLabel;
     std::vector<ControlSpec> controls;
+    // Tool tips the module gives: of an input by its index, and of the name. Null: fixed ones.
+    std::function<std::string(const Module&, int input)> inputTip;
+    std::function<std::string(const Module&)> nameTip;
     // The note modules ask "Delete NAME?" before a delete from the status dialog.
     bool askBeforeDelete = false;
     // A type whose logic isn't built yet: the frame says so.

@@ -40,6 +40,19 @@ constexpr int kLampOn = 255;
 constexpr int kLampOff = 128;
 constexpr const char* kClockTip = "Strobe to process; Turbo (126)  = continuous";
 
+// The lamp matrix as its panel draws it, in pixels at the panel's own scale: a margin left
+// of column 0, then cells 10 wide and 12 high.
+constexpr int kMatrixMargin = 12;
+constexpr int kMatrixCellWidth = 10;
+constexpr int kMatrixCellHeight = 12;
+constexpr int kMatrixPixelWidth = kMatrixMargin + kMatrixSize * kMatrixCellWidth;
+constexpr int kMatrixPixelHeight = kMatrixSize * kMatrixCellHeight;
+// The mouse pad's position units: 15 to a pixel.
+constexpr int kPadUnitsPerPixel = 15;
+
+// What a press on the lamp matrix did.
+enum class MatrixPress { Toggled, Locked, Ignored, Menu };
+
 class FormulaModule : public Module {
 public:
     const FormulaShape& shape() const { return shape_; }
@@ -56,8 +69,11 @@ public:
     uint32_t lampBits() const { return lampBits_; }
     int lastOut() const { return lastOut_; }
     const std::string& label() const { return label_; }
-    // The tool tip of input button k (clock first on clocked types); empty for the caption's.
+    // The tool tip of input k (clock first on clocked types): what ToolTip set, else the
+    // input's own.
     std::string inputTip(int k) const;
+    // The tool tip of switch i: what ToolTip set for the input it enters as, else "In n: pressed=1".
+    std::string switchTip(int i) const;
     // The documentation of the formula that runs, for the name's tool tip.
     std::string formulaDoc(const Engine& engine) const;
     // The same as the last update saw it (empty before the first), for readers without the engine.
@@ -69,6 +85,10 @@ public:
     void setLocked(bool on);
     // A left click on cell (col, row): toggles it unless locked. False when outside the grid.
     bool clickCell(Engine& engine, int col, int row);
+    // A press at pixel (x, y) of the drawn matrix with `button` (1 left): a left press on a
+    // cell clicks it, one in the margin left of column 0 asks for the module's menu, any
+    // other press is ignored.
+    MatrixPress pressMatrix(Engine& engine, int x, int y, int button);
 
     // Mouse pad.
     void padDown(int button, int shift, int x, int y);
@@ -95,6 +115,7 @@ private:
     void showLampBits(uint32_t bits);
     void followMatrix(FormulaRuntime& runtime, int uid);
     int evalId() const { return shape_.evalBase + Index; }
+    bool sameRunAsLast(FormulaRuntime& runtime);
 
     static inline const std::string kNoDoc;
     const FormulaShape& shape_;
@@ -108,6 +129,14 @@ private:
     uint8_t spareLead_ = 0;
     int16_t lastFormulaInput_ = -1;
     uint32_t lampBits_ = 0;
+    // The last evaluation: a pure formula run again on the same context is skipped.
+    struct LastRun {
+        uint64_t generation = 0;  // of the runtime; 0: none yet
+        uint64_t inputsLow = 0;   // In1..In8
+        uint64_t inputsHigh = 0;  // In9..In16
+        uint8_t clock = 0;        // InC
+        uint8_t formula = 0;
+    } lastRun_;
     int lastLedNumber_ = -1;
     std::string label_;
     std::unique_ptr<std::array<std::string, 17>> tips_;

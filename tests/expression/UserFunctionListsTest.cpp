@@ -2,11 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "expression/FormulaRuntime.h"
 #include "expression/UserFunctionLists.h"
 
 namespace quillmer {
 namespace {
+
+double testNumber(FormulaRuntime& runtime, const char* text) {
+    const expr::Calc::Result r = runtime.calc().eval(text);
+    return r.value;
+}
 
 UserFunctions rows(std::initializer_list<std::pair<int, const char*>> entries) {
     UserFunctions u;
@@ -98,6 +105,44 @@ TEST(FormulaTestLine, ResultsInThreeBasesErrorsWithTheirPlaceAndSeveralLines) {
     TestOutcome me = testFormula(runtime, "out(Me + InC)", 12);
     EXPECT_EQ(me.result, "Hex: C   Bin: 1100  Decimal: 12") << "the list row is the formula number";
     EXPECT_EQ(runtime.mailbox(kEditorModuleId).flags, 0) << "the test leaves no mail behind";
+}
+
+TEST(FormulaTestLine, TextResultsNameTheirKind) {
+    FormulaRuntime runtime;
+    runtime.start();
+    runtime.calc().defineVariable("Greeting$=hello");
+    EXPECT_EQ(testFormula(runtime, "'abc'", 0).result, "Quoted String: abc");
+    EXPECT_EQ(testFormula(runtime, "Greeting$", 0).result, "String Variable: hello");
+    EXPECT_EQ(testFormula(runtime, "Greeting$ & ' ' & 'you'", 0).result, "String Token: hello you");
+    const TestOutcome filled = testFormula(runtime, "LETStr(Greeting$, 'good', 'bye')", 0);
+    EXPECT_TRUE(filled.ok);
+    EXPECT_EQ(filled.result, "String Function: goodbye") << "a function that fills a text variable shows it";
+    EXPECT_EQ(testFormula(runtime, "min(3, 4)", 0).result, "Hex: 3   Bin: 11  Decimal: 3")
+        << "a number function stays a number";
+    const TestOutcome selection = testFormula(runtime, "'a' & 'b'", 0);
+    EXPECT_EQ(selection.result, "String Token: ab");
+}
+
+TEST(FormulaRandomTables, TheSeedChoosesTheTablesAtTheNextStart) {
+    const auto draws = [](uint32_t seed, bool seedAfterStart = false) {
+        FormulaRuntime runtime;
+        if (!seedAfterStart) runtime.setSeed(seed);
+        runtime.start();
+        if (seedAfterStart) runtime.setSeed(seed);
+        std::vector<double> values;
+        for (int i = 0; i < 8; ++i) values.push_back(testNumber(runtime, "RRAN"));
+        for (int i = 0; i < 8; ++i) values.push_back(testNumber(runtime, "RW"));
+        return values;
+    };
+    EXPECT_EQ(draws(0), draws(0));
+    EXPECT_EQ(draws(1234), draws(1234)) << "the same seed, the same tables";
+    EXPECT_NE(draws(1234), draws(1235));
+    EXPECT_NE(draws(1234), draws(0));
+    EXPECT_EQ(draws(1234, true), draws(0)) << "a seed waits for the next start";
+    for (double v : draws(77)) {
+        EXPECT_GE(v, 0.0);
+        EXPECT_LT(v, 1.0);
+    }
 }
 
 }  // namespace

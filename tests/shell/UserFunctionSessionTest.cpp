@@ -58,5 +58,40 @@ TEST(SessionUserFunctions, ABrokenFileIsRefusedWithItsLineAndChangesNothing) {
     EXPECT_EQ(h.session.userFunctionProblem, error);
 }
 
+TEST(SessionUserFunctions, ABrokenSideFileIsToldOnceAndTheNextPatchClearsIt) {
+    ScratchDir dir;
+    SessionHarness h;
+    auto held = h.session.engine.lock();
+    ASSERT_EQ(h.save(dir.file("song.qmp")), "");
+    writeText(dir.file("song.ufn"), "0\n1\n0\nno body here\n");
+    std::string error;
+    ASSERT_TRUE(h.session.OpenFile(dir.file("song.qmp"), error)) << "a broken .ufn doesn't stop the patch";
+    EXPECT_NE(h.session.userFunctionProblem.find(dir.file("song.ufn") + ": line 4"), std::string::npos)
+        << h.session.userFunctionProblem;
+    ASSERT_EQ(h.save(dir.file("plain.qmp")), "");
+    std::filesystem::remove(dir.file("plain.ufn"));
+    ASSERT_TRUE(h.session.OpenFile(dir.file("plain.qmp"), error)) << error;
+    EXPECT_EQ(h.session.userFunctionProblem, "") << "the problem belonged to the patch before";
+}
+
+TEST(SessionUserFunctions, TheSeedRebuildsTheRandomTablesAndKeepsTheFormulas) {
+    SessionHarness h;
+    auto held = h.session.engine.lock();
+    const std::string doc = h.session.formulas.formula(1).doc;
+    const auto draws = [&] {
+        std::vector<double> v;
+        for (int i = 0; i < 6; ++i) v.push_back(h.session.formulas.calc().eval("RRAN").value);
+        return v;
+    };
+    h.session.SeedUserFunctions(4321);
+    const std::vector<double> seeded = draws();
+    EXPECT_EQ(h.session.formulas.seed(), 4321u);
+    EXPECT_EQ(h.session.formulas.formula(1).doc, doc) << "the lists compile again";
+    h.session.SeedUserFunctions(99);
+    EXPECT_NE(draws(), seeded);
+    h.session.SeedUserFunctions(4321);
+    EXPECT_EQ(draws(), seeded) << "the same seed gives the same table from its start";
+}
+
 }  // namespace
 }  // namespace quillmer::testing

@@ -2,6 +2,8 @@
 // switches, the lamp row, the label, the formula's title; the slider bank's bars, value,
 // stage, Fill and Setup.
 
+#include <QPainter>
+
 #include "engine/Engine.h"
 #include "gui/panels/PanelSpec.h"
 #include "modules/formulas/FormulaModules.h"
@@ -37,6 +39,99 @@ std::string lampText(uint32_t bits, int lamps) {
     return row;
 }
 
+// A point of a drawn view in the pixels of its design size: the view may be drawn larger.
+int designPixel(int at, int shownSize, int designSize) {
+    return shownSize > 0 ? static_cast<int>(static_cast<int64_t>(at) * designSize / shownSize) : at;
+}
+
+const QColor kLampLit(255, 60, 40);
+const QColor kLampDark(128, 24, 16);
+
+// The lamp matrix: 32 rows of 32 cells, lit as the formula's LM rows say. A left click on a
+// cell toggles it unless "Lock" is in.
+ControlSpec lampMatrix() {
+    ControlSpec c;
+    c.kind = ControlKind::Drawn;
+    c.objectName = QStringLiteral("picMatrix");
+    c.tip = QStringLiteral("Click a lamp to turn it on or off");
+    c.widthTwips = kMatrixPixelWidth * kPadUnitsPerPixel;
+    c.heightTwips = kMatrixPixelHeight * kPadUnitsPerPixel;
+    c.newRow = true;
+    c.read = [](const Module& m) {
+        const auto& f = as<FormulaModule>(m);
+        Shown s;
+        s.row.resize(kMatrixSize);
+        for (int r = 0; r < kMatrixSize; ++r) {
+            uint32_t word = 0;
+            for (int col = 0; col < kMatrixSize; ++col) word |= f.cell(col, r) ? 1u << col : 0u;
+            s.row[static_cast<size_t>(r)] = static_cast<int>(word);
+        }
+        return s;
+    };
+    c.paint = [](QPainter& p, const QRect& area, const Shown& shown) {
+        const double sx = static_cast<double>(area.width()) / kMatrixPixelWidth;
+        const double sy = static_cast<double>(area.height()) / kMatrixPixelHeight;
+        for (size_t r = 0; r < shown.row.size(); ++r) {
+            const auto word = static_cast<uint32_t>(shown.row[r]);
+            for (int col = 0; col < kMatrixSize; ++col) {
+                const QRectF cell(area.left() + (kMatrixMargin + col * kMatrixCellWidth + 1) * sx,
+                                  area.top() + (static_cast<int>(r) * kMatrixCellHeight + 1) * sy, (kMatrixCellWidth - 2) * sx,
+                                  (kMatrixCellHeight - 2) * sy);
+                p.fillRect(cell, ((word >> col) & 1u) != 0 ? kLampLit : kLampDark);
+            }
+        }
+    };
+    c.edit = [](Module& m, Engine& e, const Gesture& g) {
+        if (g.kind != Gesture::Kind::Press) return;
+        const int x = designPixel(g.x, g.number, kMatrixPixelWidth);
+        const int y = designPixel(g.y, g.item, kMatrixPixelHeight);
+        if (as<FormulaModule>(m).pressMatrix(e, x, y, g.button) == MatrixPress::Toggled) e.MarkPatchChanged(true);
+    };
+    return c;
+}
+
+// The mouse pad of UCalc7: shows the label; presses, drags and releases reach the module in
+// position units (15 to a pixel of its design size) for UFOMouse.
+constexpr int kPadWidthTwips = 2700;
+constexpr int kPadHeightTwips = 1500;
+
+ControlSpec mousePad() {
+    ControlSpec c;
+    c.kind = ControlKind::Drawn;
+    c.objectName = QStringLiteral("Label1");
+    c.tip = QStringLiteral("Press and drag: the formula reads button, keys and offsets with UFOMouse");
+    c.widthTwips = kPadWidthTwips;
+    c.heightTwips = kPadHeightTwips;
+    c.read = [](const Module& m) {
+        const auto& f = as<FormulaModule>(m);
+        Shown s = Shown::ofText(f.label());
+        for (int reading = 0; reading < 5; ++reading) s.row.push_back(f.padReading(reading));
+        return s;
+    };
+    c.paint = [](QPainter& p, const QRect& area, const Shown& shown) {
+        p.setPen(QColor(200, 200, 210));
+        p.drawText(area.adjusted(4, 2, -4, -2), Qt::AlignCenter | Qt::TextWordWrap, QString::fromStdString(shown.text));
+        if (shown.row.size() == 5 && shown.row[4] != 0)
+            p.drawText(area.adjusted(4, 2, -4, -2), Qt::AlignRight | Qt::AlignBottom,
+                       QStringLiteral("%1, %2").arg(shown.row[2]).arg(shown.row[3]));
+    };
+    c.edit = [](Module& m, Engine&, const Gesture& g) {
+        auto& f = as<FormulaModule>(m);
+        const int x = designPixel(g.x, g.number, kPadWidthTwips / kPadUnitsPerPixel) * kPadUnitsPerPixel;
+        const int y = designPixel(g.y, g.item, kPadHeightTwips / kPadUnitsPerPixel) * kPadUnitsPerPixel;
+        // Shift state as the pad keeps it: 1 Shift, 2 Ctrl, 4 Alt.
+        const int shift = ((g.keys & 2) != 0 ? 1 : 0) | ((g.keys & 1) != 0 ? 2 : 0) | (g.keys & 4);
+        switch (g.kind) {
+            case Gesture::Kind::Press: f.padDown(g.button, shift, x, y); break;
+            case Gesture::Kind::Move: f.padMove(x, y); break;
+            case Gesture::Kind::Release: f.padUp(); break;
+            default: return;
+        }
+        m.viewChanged = true;
+    };
+    return c;
+}
+
 PanelSpec formulaPanel(const FormulaShape& shape, int columns) {
     PanelSpec spec;
     spec.inputColumns = columns;
@@ -54,6 +149,13 @@ PanelSpec formulaPanel(const FormulaShape& shape, int columns) {
                 e.MarkPatchChanged(true);
             },
             600);
+        sw.tipFromModule = true;
+        sw.read = [i](const Module& m) {
+            const auto& f = as<FormulaModule>(m);
+            Shown s = Shown::ofOn(f.switchPressed(i));
+            s.tip = f.switchTip(i);
+            return s;
+        };
         sw.newRow = i == 0;
         spec.controls.push_back(std::move(sw));
     }
@@ -74,23 +176,11 @@ PanelSpec formulaPanel(const FormulaShape& shape, int columns) {
             600);
         lock.newRow = true;
         spec.controls.push_back(std::move(lock));
-        for (int r = 0; r < kMatrixSize; r += 4) {
-            ControlSpec rows = caption(("lblRows" + std::to_string(r)).c_str(), [r](const Module& m) {
-                const auto& f = as<FormulaModule>(m);
-                std::string text;
-                for (int k = r; k < r + 4; ++k) {
-                    uint32_t word = 0;
-                    for (int c = 0; c < kMatrixSize; ++c) word |= f.cell(c, k) ? 1u << c : 0u;
-                    text += lampText(word, kMatrixSize) + (k + 1 < r + 4 ? "\n" : "");
-                }
-                return Shown::ofText(text);
-            }, 4800);
-            rows.newRow = true;
-            spec.controls.push_back(std::move(rows));
-        }
+        spec.controls.push_back(lampMatrix());
     }
     if (shape.label) {
-        ControlSpec label = caption(shape.mousePad ? "Label1" : "lbText", [](const Module& m) { return Shown::ofText(as<FormulaModule>(m).label()); });
+        ControlSpec label = shape.mousePad ? mousePad()
+                                           : caption("lbText", [](const Module& m) { return Shown::ofText(as<FormulaModule>(m).label()); });
         label.newRow = true;
         spec.controls.push_back(std::move(label));
     }
@@ -98,6 +188,8 @@ PanelSpec formulaPanel(const FormulaShape& shape, int columns) {
     doc.tip = QStringLiteral("The title of the formula that runs");
     doc.newRow = true;
     spec.controls.push_back(std::move(doc));
+    spec.inputTip = [](const Module& m, int input) { return as<FormulaModule>(m).inputTip(input); };
+    spec.nameTip = [](const Module& m) { return as<FormulaModule>(m).shownDoc(); };
     return spec;
 }
 
