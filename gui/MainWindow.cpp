@@ -410,6 +410,7 @@ void MainWindow::storeGeometry() {
 }
 
 void MainWindow::restoreGeometryFromSettings() {
+    workspace_->setZoom(settings_.zoom);
     resize(settings_.mainSize);
     if (settings_.mainPos) move(*settings_.mainPos);
     fitToScreen();

@@ -2,6 +2,9 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <cmath>
+
+#include "gui/Zoom.h"
 
 namespace quillmer::gui {
 
@@ -18,19 +21,30 @@ void DrawnView::show(const Shown& shown) {
 void DrawnView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), QColor(24, 24, 28));
-    if (paint_) paint_(painter, rect(), shown_);
+    if (!paint_) return;
+    // The description draws at 100 %; the painter scales it to the zoom.
+    const double zoom = zoomFactorOf(this);
+    painter.scale(zoom, zoom);
+    paint_(painter, unzoomedRect(), shown_);
+}
+
+QRect DrawnView::unzoomedRect() const {
+    const double zoom = zoomFactorOf(this);
+    return {0, 0, static_cast<int>(std::lround(width() / zoom)), static_cast<int>(std::lround(height() / zoom))};
 }
 
 void DrawnView::send(Gesture::Kind kind, QMouseEvent* event) {
     Gesture g;
     g.kind = kind;
-    g.x = static_cast<int>(event->position().x());
-    g.y = static_cast<int>(event->position().y());
+    const double zoom = zoomFactorOf(this);
+    g.x = static_cast<int>(event->position().x() / zoom);
+    g.y = static_cast<int>(event->position().y() / zoom);
     g.button = event->buttons() & Qt::LeftButton ? 1 : event->buttons() & Qt::RightButton ? 2 : event->buttons() ? 4 : 0;
     const auto mods = event->modifiers();
     g.keys = (mods & Qt::ControlModifier ? 1 : 0) | (mods & Qt::ShiftModifier ? 2 : 0) | (mods & Qt::AltModifier ? 4 : 0);
-    g.number = width();
-    g.item = height();
+    const QRect area = unzoomedRect();
+    g.number = area.width();
+    g.item = area.height();
     emit gesture(g);
 }
 

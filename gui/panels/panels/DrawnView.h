@@ -1,7 +1,8 @@
 #pragma once
 // A control that its panel description draws itself: the description's painter draws what
 // the module shows, and mouse presses, drags and releases go back as gestures with the point
-// in pixels (Gesture::number and Gesture::item carry the view's width and height).
+// in pixels at 100 % whatever the zoom (Gesture::number and Gesture::item carry the view's
+// width and height).
 
 #include <QWidget>
 #include <functional>
@@ -27,6 +28,8 @@ protected:
 
 private:
     void send(Gesture::Kind kind, QMouseEvent* event);
+    // The view's area in pixels at 100 %: what the description draws in and gestures count in.
+    QRect unzoomedRect() const;
     Painter paint_;
     Shown shown_;
 };
