@@ -55,6 +55,11 @@ QSize Workspace::frameTwips() const {
     return {toTwips(pixels.width()), toTwips(pixels.height())};
 }
 
+void Workspace::bringIntoView(QWidget* panel) {
+    auto* scroll = static_cast<QScrollArea*>(currentWidget());
+    if (panel && scroll && panel->parentWidget() == scroll->widget()) scroll->ensureWidgetVisible(panel);
+}
+
 int Workspace::toPixels(int twips) const { return zoomedPixels(twips, zoom_); }
 int Workspace::toTwips(int pixels) const { return pixelsToTwips(pixels, zoom_); }
 

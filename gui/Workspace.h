@@ -34,6 +34,8 @@ public:
     // the shown page's visible area, stays under it; without one the top-left corner stays.
     void setZoom(int percent, std::optional<QPoint> anchor = std::nullopt);
     void zoomBy(int steps, std::optional<QPoint> anchor = std::nullopt) { setZoom(zoomStep(zoom_, steps), anchor); }
+    // Scrolls the shown page so that `panel`, one of its panels, is in view.
+    void bringIntoView(QWidget* panel);
     // Places on a page at the zoom.
     int toPixels(int twips) const;
     int toTwips(int pixels) const;
