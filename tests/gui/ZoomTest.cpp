@@ -239,7 +239,7 @@ TEST(Zoom, CtrlWheelZoomsAboutThePointerAndPlainWheelScrolls) {
 
     // Half notches add up; the twip under the pointer stays under it.
     const QPoint pointer(400, 300);
-    const QPoint viewportPoint = shownScroll(h).viewport()->mapFrom(canvas, pointer);
+    const QPoint viewportPoint = canvas->mapTo(shownScroll(h).viewport(), pointer);
     const int twipsX = workspace.toTwips(pointer.x());
     wheel(canvas, pointer, 60, Qt::ControlModifier);
     EXPECT_EQ(workspace.zoom(), 110);
