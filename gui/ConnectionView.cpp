@@ -9,6 +9,7 @@
 
 #include "engine/Engine.h"
 #include "gui/PanelBoard.h"
+#include "gui/Zoom.h"
 #include "gui/panels/PanelFrame.h"
 
 namespace quillmer::gui {
@@ -59,7 +60,7 @@ void ConnectionView::showLinks(const std::vector<Link>& links, const PanelBoard&
         PanelFrame* source = panels.frame(link.source);
         if (source && source->parentWidget() == canvas && source->isVisible()) {
             const QRect r = source->geometry();
-            next.push_back({QLine(QPoint(r.right(), r.top() + 10), in), link, false});
+            next.push_back({QLine(QPoint(r.right(), r.top() + zoomedFontPixels(10, zoomOf(canvas))), in), link, false});
         } else {
             next.push_back({QLine(QPoint(0, in.y()), in), link, true});
         }

@@ -69,6 +69,10 @@ MainWindow::MainWindow(Session& session, UserDialogs& dialogs, ProgramSettings& 
     panels_ = std::make_unique<PanelBoard>(session_, dialogs_, *workspace_, this);
     map_ = new ModuleMap(session_, dialogs_, this);
     connect(map_, &ModuleMap::changed, this, &MainWindow::refresh);
+    connect(map_, &ModuleMap::moduleClicked, this, [this](const QString& name) {
+        panels_->refresh();
+        workspace_->bringIntoView(panels_->frame(name));
+    });
     connect(panels_.get(), &PanelBoard::tableEditorWanted, this, [this](Dialog which, int table) {
         if (which == Dialog::ToneTable)
             openToneTableEditor(session_, dialogs_, table, this);
@@ -410,6 +414,7 @@ void MainWindow::storeGeometry() {
 }
 
 void MainWindow::restoreGeometryFromSettings() {
+    workspace_->setZoom(settings_.zoom);
     resize(settings_.mainSize);
     if (settings_.mainPos) move(*settings_.mainPos);
     fitToScreen();

@@ -105,6 +105,9 @@ protected:
 private:
     void buildEditMenu();
     void buildViewMenu();
+    void buildZoomEntries(QMenu* view);
+    void zoomChanged(int percent);
+    void showZoom();
     QWidget* stripRow(QWidget* parent);
     void updateEditActions();
     void placeModuleAt(ModuleTypeId type, std::optional<QPoint> pixel);
@@ -136,6 +139,7 @@ private:
     ConnectionView* connections_ = nullptr;
     QAction* undoAction_ = nullptr;
     QAction* redoAction_ = nullptr;
+    QAction* zoomShown_ = nullptr;
     QMenu* fileMenu_ = nullptr;
     std::array<QAction*, 5> recentActions_{};
     QTimer refreshTimer_;

@@ -140,8 +140,8 @@ void MainWindow::placeModuleAt(ModuleTypeId type, std::optional<QPoint> pixel) {
         Engine& e = session_.engine;
         int top = 0, left = 0;
         if (pixel) {
-            top = pixel->y() * kTwipsPerPixel;
-            left = pixel->x() * kTwipsPerPixel;
+            top = workspace_->toTwips(pixel->y());
+            left = workspace_->toTwips(pixel->x());
         } else {
             std::tie(top, left) = freeSpot(readPlacedModules(e), e.CurrentPage(), e.frameWidth, size);
         }

@@ -1,4 +1,5 @@
-// The main window's View menu: the connection lines over the shown page.
+// The main window's View menu: the connection lines over the shown page and the zoom of the
+// workspace.
 
 #include <QAction>
 #include <QApplication>
@@ -10,6 +11,7 @@
 #include "gui/ConnectionView.h"
 #include "gui/MainWindow.h"
 #include "gui/PanelBoard.h"
+#include "gui/ProgramSettings.h"
 #include "gui/Workspace.h"
 #include "gui/panels/PanelFrame.h"
 #include "shell/Session.h"
@@ -30,6 +32,42 @@ void MainWindow::buildViewMenu() {
         connections_->setVisible(on);
         refreshConnections();
     });
+    buildZoomEntries(view);
+}
+
+void MainWindow::buildZoomEntries(QMenu* view) {
+    view->addSeparator();
+    zoomShown_ = view->addAction(QString());
+    zoomShown_->setObjectName(QStringLiteral("mnuViewZoomShown"));
+    zoomShown_->setEnabled(false);
+    const auto add = [this, view](const char* key, const char* caption, QList<QKeySequence> keys, auto slot) {
+        QAction* a = view->addAction(QLatin1String(caption));
+        a->setObjectName(QLatin1String(key));
+        a->setShortcuts(keys);
+        connect(a, &QAction::triggered, this, slot);
+    };
+    add("mnuViewZoomIn", "Zoom &In", {QKeySequence(Qt::CTRL | Qt::Key_Equal), QKeySequence::ZoomIn},
+        [this] { workspace_->zoomBy(1); });
+    add("mnuViewZoomOut", "Zoom &Out", {QKeySequence(Qt::CTRL | Qt::Key_Minus)},
+        [this] { workspace_->zoomBy(-1); });
+    add("mnuViewZoomReset", "&Actual Size", {QKeySequence(Qt::CTRL | Qt::Key_0)}, [this] { workspace_->setZoom(kNormalZoom); });
+    connect(workspace_, &Workspace::zoomChanged, this, &MainWindow::zoomChanged);
+    showZoom();
+}
+
+void MainWindow::zoomChanged(int percent) {
+    settings_.zoom = percent;
+    panels_->remakeFrames();
+    refreshConnections();
+    showZoom();
+}
+
+void MainWindow::showZoom() {
+    zoomShown_->setText(QStringLiteral("Zoom: %1 %").arg(workspace_->zoom()));
+    const int zoom = workspace_->zoom();
+    action(QStringLiteral("mnuViewZoomIn"))->setEnabled(zoom < kZoomSteps.back());
+    action(QStringLiteral("mnuViewZoomOut"))->setEnabled(zoom > kZoomSteps.front());
+    action(QStringLiteral("mnuViewZoomReset"))->setEnabled(zoom != kNormalZoom);
 }
 
 void MainWindow::refreshConnections() {

@@ -238,12 +238,14 @@ bool ModuleMap::eventFilter(QObject* watched, QEvent* event) {
 void ModuleMap::lineClicked(int page, QListWidgetItem* item) {
     if (!(item->flags() & Qt::ItemIsSelectable)) return;
     highlight(page);
+    bool turned = false;
     {
         auto held = session_.engine.lock();
-        if (session_.engine.CurrentPage() == page) return;
-        session_.engine.showPage(page);
+        turned = session_.engine.CurrentPage() != page;
+        if (turned) session_.engine.showPage(page);
     }
-    emit changed();
+    if (turned) emit changed();
+    emit moduleClicked(item->text());
 }
 
 }  // namespace quillmer::gui

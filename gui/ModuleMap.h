@@ -3,7 +3,7 @@
 // names of the modules on it below. The selected modules can be moved to a page clicked
 // next, cleared (deleted) after a confirmation and shown again right after, enabled and
 // disabled; each command is one step of the edit history. The list of the page on show
-// is highlighted; a click on a name goes to its page.
+// is highlighted; a click on a name goes to its page and brings the panel into view.
 
 #include <QDialog>
 #include <QStringList>
@@ -49,6 +49,8 @@ public:
 signals:
     // A command or a click changed the patch or the page: the main window redraws.
     void changed();
+    // A module's name was clicked: its panel is to be brought into view.
+    void moduleClicked(const QString& name);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -206,7 +206,9 @@ void PanelBoard::draw() {
         if (slot.moved && !frame->dragging()) {
             QWidget* canvas = workspace_.canvas(slot.page);
             if (frame->parentWidget() != canvas) frame->setParent(canvas);
-            frame->move(slot.left / kTwipsPerPixel, slot.top / kTwipsPerPixel);
+            slot.shownTwips = QPoint(slot.left, slot.top);
+            slot.shownAt = QPoint(workspace_.toPixels(slot.left), workspace_.toPixels(slot.top));
+            frame->move(slot.shownAt);
             frame->setVisible(true);
             slot.moved = false;
         }
@@ -230,6 +232,20 @@ void PanelBoard::tellSizes() {
         m->Width = slot.sizeTwips.width();
         m->Height = slot.sizeTwips.height();
     }
+}
+
+void PanelBoard::remakeFrames() {
+    for (Slot& slot : slots_) {
+        if (!slot.frame) continue;
+        // The old frame may be in the middle of the event that zoomed: it goes once that is over.
+        slot.frame->hide();
+        slot.frame->setObjectName(QString());
+        slot.frame->deleteLater();
+        slot.frame = nullptr;
+        slot.moved = true;
+        slot.valuesDue = slot.valuesRead;
+    }
+    draw();
 }
 
 PanelFrame* PanelBoard::makeFrame(Slot& slot) {
@@ -490,8 +506,12 @@ void PanelBoard::dragEnded(PanelFrame* frame, QPoint topLeft) {
     auto held = session_.engine.lock();
     Module* m = live(session_.engine, *slot);
     if (!m) return;
-    // The next update snaps it under auto-align and moves it to a neighbour page past an edge.
-    moveModule(session_, *m, m->Page, topLeft.y() * kTwipsPerPixel, topLeft.x() * kTwipsPerPixel);
+    // The way the panel went, in twips at the zoom, from where it was shown: a panel let go
+    // where it was taken keeps its place to the twip. The next update snaps it under
+    // auto-align and moves it to a neighbour page past an edge.
+    const QPoint by = topLeft - slot->shownAt;
+    moveModule(session_, *m, m->Page, slot->shownTwips.y() + workspace_.toTwips(by.y()),
+               slot->shownTwips.x() + workspace_.toTwips(by.x()));
     slot->top = m->Top;
     slot->left = m->Left;
 }
@@ -502,7 +522,7 @@ void PanelBoard::createAtCursor(int page, QPoint pixel) {
         auto held = session_.engine.lock();
         Engine& e = session_.engine;
         if (page != e.CurrentPage()) return;
-        e.placeAtCursor(pixel.y() * kTwipsPerPixel, pixel.x() * kTwipsPerPixel);
+        e.placeAtCursor(workspace_.toTwips(pixel.y()), workspace_.toTwips(pixel.x()));
         try {
             session_.history.apply(EditKind::Place, "Place", {}, [&] { e.NewLastModule(); });
         } catch (const PlacementError& error) {

@@ -62,6 +62,8 @@ public:
     void refresh();
     // A right click on the empty workspace: one more of the last type made, at the cursor.
     void createAtCursor(int page, QPoint pixel);
+    // The workspace's zoom changed: every panel is made again at it, showing what it showed.
+    void remakeFrames();
 
     int count() const { return static_cast<int>(slots_.size()); }
     int shownPage() const { return shownPage_; }  // as last read
@@ -93,6 +95,8 @@ private:
         PanelFrame* frame = nullptr;
         QSize sizeTwips;         // the frame's, once made
         int page = -1, top = 0, left = 0;
+        QPoint shownAt;          // the frame's pixels for `shownTwips`, as last placed
+        QPoint shownTwips;       // left, top
         bool enabled = true;
         bool moved = true;       // place the frame again
         bool valuesRead = false; // at least once

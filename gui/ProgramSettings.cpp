@@ -6,6 +6,7 @@
 #include "engine/Engine.h"
 #include "gui/OptionFlags.h"
 #include "platform/DesktopDevices.h"
+#include "gui/Zoom.h"
 #include "platform/FluidSynthInstance.h"
 
 namespace quillmer::gui {
@@ -38,6 +39,7 @@ void ProgramSettings::read(QSettings& store, const QString& examplesDir, const Q
     mainState = static_cast<WindowState>(std::clamp(readInt(store, "MainState", 0), 0, 2));
     const int color = readInt(store, "BackColor", -1);
     if (color >= 0) backColor = QColor::fromRgb(static_cast<QRgb>(color));
+    zoom = nearestZoomStep(readInt(store, "Zoom", kNormalZoom));
     latency = std::clamp(readInt(store, "Latency", 0), 0, 1000);
     runPrgChg = readInt(store, "RunPrgChg", 0) != 0;
     runPrgChgChan = std::clamp(readInt(store, "RunPrgChgChan", 0), 0, kChannelSlots - 1);
@@ -73,6 +75,7 @@ void ProgramSettings::write(QSettings& store) const {
     writeInt(store, "MainHeight", mainSize.height());
     writeInt(store, "MainState", static_cast<int>(mainState));
     writeInt(store, "BackColor", static_cast<int>(backColor.rgb() & 0xFFFFFF));
+    writeInt(store, "Zoom", zoom);
     writeInt(store, "RunPrgChg", runPrgChg ? -1 : 0);
     writeInt(store, "RunPrgChgChan", runPrgChgChan);
     writeInt(store, "Latency", latency);

@@ -26,6 +26,7 @@ struct ProgramSettings {
     QSize mainSize{1100, 720};
     WindowState mainState = WindowState::Normal;
     QColor backColor{0x23, 0x27, 0x2e};
+    int zoom = 100;            // the workspace's, in percent
     int latency = 0;           // ms
     bool runPrgChg = false;    // program changes recall snapshots
     int runPrgChgChan = 0;     // ChannelSlot 0..63

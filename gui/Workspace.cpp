@@ -1,7 +1,11 @@
 #include "gui/Workspace.h"
 
+#include <QApplication>
 #include <QMouseEvent>
 #include <QScrollArea>
+#include <QScrollBar>
+#include <QWheelEvent>
+#include <cmath>
 
 namespace quillmer::gui {
 
@@ -19,6 +23,7 @@ Workspace::Workspace(QWidget* parent) : QStackedWidget(parent) {
         auto* canvas = new QWidget;
         canvas->setObjectName(QStringLiteral("page%1").arg(page));
         canvas->setFixedSize(kCanvasWidth, kCanvasHeight);
+        setZoomOf(canvas, zoom_);
         canvas->setAutoFillBackground(true);
         canvas->installEventFilter(this);
         scroll->setWidget(canvas);
@@ -26,6 +31,9 @@ Workspace::Workspace(QWidget* parent) : QStackedWidget(parent) {
         addWidget(scroll);
     }
     setBackColor(QColor(0x23, 0x27, 0x2e));
+    // Ctrl and the wheel zoom wherever the pointer is on the workspace, also over a control
+    // that takes the wheel itself.
+    qApp->installEventFilter(this);
 }
 
 void Workspace::showPage(int page) {
@@ -44,10 +52,57 @@ void Workspace::setBackColor(QColor color) {
 QSize Workspace::frameTwips() const {
     const auto* scroll = static_cast<const QScrollArea*>(currentWidget());
     const QSize pixels = scroll ? scroll->viewport()->size() : size();
-    return {pixels.width() * kTwipsPerPixel, pixels.height() * kTwipsPerPixel};
+    return {toTwips(pixels.width()), toTwips(pixels.height())};
+}
+
+void Workspace::bringIntoView(QWidget* panel) {
+    auto* scroll = static_cast<QScrollArea*>(currentWidget());
+    if (panel && scroll && panel->parentWidget() == scroll->widget()) scroll->ensureWidgetVisible(panel);
+}
+
+int Workspace::toPixels(int twips) const { return zoomedPixels(twips, zoom_); }
+int Workspace::toTwips(int pixels) const { return pixelsToTwips(pixels, zoom_); }
+
+void Workspace::setZoom(int percent, std::optional<QPoint> anchor) {
+    percent = nearestZoomStep(percent);
+    if (percent == zoom_) return;
+    const int was = zoom_;
+    zoom_ = percent;
+    const auto rescale = [was, percent](int pixels) {
+        return static_cast<int>(std::lround(static_cast<double>(pixels) * percent / was));
+    };
+    for (int page = 0; page < kPageCount; ++page) {
+        QWidget* canvas = canvases_[static_cast<size_t>(page)];
+        auto* scroll = static_cast<QScrollArea*>(widget(page));
+        const QPoint at = page == currentIndex() && anchor ? *anchor : QPoint();
+        const QPoint seen(scroll->horizontalScrollBar()->value() + at.x(), scroll->verticalScrollBar()->value() + at.y());
+        setZoomOf(canvas, percent);
+        canvas->setFixedSize(kCanvasWidth * percent / kNormalZoom, kCanvasHeight * percent / kNormalZoom);
+        scroll->horizontalScrollBar()->setValue(rescale(seen.x()) - at.x());
+        scroll->verticalScrollBar()->setValue(rescale(seen.y()) - at.y());
+    }
+    emit zoomChanged(percent);
+    emit frameResized();
+}
+
+bool Workspace::wheelZooms(QObject* watched, QEvent* event) {
+    auto* wheel = static_cast<QWheelEvent*>(event);
+    if (!(wheel->modifiers() & Qt::ControlModifier)) return false;
+    auto* target = qobject_cast<QWidget*>(watched);
+    if (!target || !(target == this || isAncestorOf(target))) return false;
+    const QPoint delta = wheel->angleDelta();
+    wheelRest_ += delta.y() != 0 ? delta.y() : delta.x();
+    const int steps = wheelRest_ / 120;
+    wheelRest_ %= 120;
+    if (steps != 0) {
+        const QWidget* view = static_cast<const QScrollArea*>(currentWidget())->viewport();
+        zoomBy(steps, view->mapFromGlobal(wheel->globalPosition().toPoint()));
+    }
+    return true;
 }
 
 bool Workspace::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Wheel) return wheelZooms(watched, event) || QStackedWidget::eventFilter(watched, event);
     if (event->type() == QEvent::MouseButtonPress) {
         auto* press = static_cast<QMouseEvent*>(event);
         for (int page = 0; page < kPageCount; ++page) {

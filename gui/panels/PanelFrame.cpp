@@ -17,6 +17,7 @@
 #include "engine/Constants.h"
 #include "gui/Editing.h"
 #include "gui/Lamp.h"
+#include "gui/Zoom.h"
 #include "gui/panels/StatusIcon.h"
 #include "gui/panels/sequencers/TableViews.h"
 #include "gui/panels/generators/OrbitPicture.h"
@@ -42,8 +43,6 @@ constexpr int kStageNumberHeight = 135;
 constexpr int kStageLampHeight = 150;
 constexpr int kMinWidth = 1800;
 constexpr int kLampSide = 165;
-
-constexpr int px(int twips) { return twips / kTwipsPerPixel; }
 
 const QColor kLampOn(255, 0, 0);
 const QColor kLampOff(128, 0, 0);
@@ -93,9 +92,9 @@ void paintWarn(QWidget* w, bool warn) {
 
 PanelFrame::PanelFrame(const PanelSpec& spec, const QString& name, const QString& typeCaption,
                        const std::vector<InputFace>& inputs, QWidget* canvas)
-    : QFrame(canvas), spec_(spec) {
+    : QFrame(canvas), spec_(spec), zoom_(zoomOf(canvas)) {
     setObjectName(QStringLiteral("panel:") + name);
-    setFont(sized(font(), 11));
+    setFont(sized(font(), fontPx(11)));
     setAttribute(Qt::WA_OpaquePaintEvent);
     setToolTip(typeCaption);
     // The panel's face is its palette's window colour; the parts that change often fill
@@ -110,7 +109,7 @@ PanelFrame::PanelFrame(const PanelSpec& spec, const QString& name, const QString
     connect(status_, &StatusIcon::clicked, this, &PanelFrame::statusClicked);
     name_ = new QLabel(name, this);
     name_->setObjectName(QStringLiteral("lblName"));
-    name_->setFont(sized(font(), 11, true));
+    name_->setFont(sized(font(), fontPx(11), true));
     name_->setCursor(Qt::SizeAllCursor);
     name_->installEventFilter(this);
 
@@ -133,8 +132,14 @@ PanelFrame::PanelFrame(const PanelSpec& spec, const QString& name, const QString
         item->setGeometry(px(x), px(kPad + (kTitleHeight - height) / 2), px(itemWidth), px(height));
         x += itemWidth + kGap;
     }
-    resize(px(width), px(y + kPad - kGap));
+    // What the module keeps does not depend on the zoom: whole pixels at 100 %.
+    const int height = y + kPad - kGap;
+    twips_ = QSize(width / kTwipsPerPixel * kTwipsPerPixel, height / kTwipsPerPixel * kTwipsPerPixel);
+    resize(px(width), px(height));
 }
+
+int PanelFrame::px(int twips) const { return zoomedPixels(twips, zoom_); }
+int PanelFrame::fontPx(int pixels) const { return zoomedFontPixels(pixels, zoom_); }
 
 void PanelFrame::buildInputs(const std::vector<InputFace>& inputs, int& y) {
     const int columns = std::max(1, spec_.inputColumns);
@@ -145,11 +150,11 @@ void PanelFrame::buildInputs(const std::vector<InputFace>& inputs, int& y) {
         const int top = y + line * (kLabelHeight + kButtonHeight + kGap);
         auto* label = new QLabel(inputs[row].label, this);
         label->setObjectName(QStringLiteral("Label1_%1").arg(row));
-        label->setFont(sized(font(), 9));
+        label->setFont(sized(font(), fontPx(9)));
         label->setAlignment(Qt::AlignCenter);
         label->setGeometry(px(left), px(top), px(kCellWidth - kGap), px(kLabelHeight));
         auto* button = new QPushButton(this);
-        button->setFont(sized(font(), 10));
+        button->setFont(sized(font(), fontPx(10)));
         button->setObjectName(QStringLiteral("cmInput%1").arg(row));
         button->setToolTip(inputs[row].tip);
         button->setFocusPolicy(Qt::NoFocus);
@@ -248,7 +253,7 @@ QWidget* PanelFrame::makeControl(int index, const ControlSpec& c) {
         case ControlKind::Caption: {
             auto* line = new QLabel(this);
             fillWithFace(line);
-            line->setFont(sized(font(), 10));
+            line->setFont(sized(font(), fontPx(10)));
             w = line;
             break;
         }
@@ -388,7 +393,7 @@ int PanelFrame::buildStageRow(int index, int y, int stages) {
         const int top = y + (i / kStagesPerLine) * (lineHeight + kGap);
         auto* number = new QLabel(QString::number(i), this);
         number->setObjectName(QStringLiteral("lbStage%1").arg(i));
-        number->setFont(sized(font(), 8));
+        number->setFont(sized(font(), fontPx(8)));
         number->setAlignment(Qt::AlignCenter);
         number->setGeometry(px(left), px(top), px(kStageWidth - kGap), px(kStageNumberHeight));
         auto* box = new QLineEdit(QStringLiteral("0"), this);
@@ -400,7 +405,7 @@ int PanelFrame::buildStageRow(int index, int y, int stages) {
         box->setFrame(false);
         box->setStyleSheet(QStringLiteral("QLineEdit { padding: 0px; margin: 0px; border: 1px solid palette(mid); }"));
         box->setGeometry(px(left), px(top + kStageNumberHeight), px(kStageWidth - kGap), px(kButtonHeight));
-        box->setFont(fitting(font(), QStringLiteral("127"), box->width() - 3, 10));
+        box->setFont(fitting(font(), QStringLiteral("127"), box->width() - 3, fontPx(10)));
         box->installEventFilter(this);
         connect(box, &QLineEdit::textEdited, this, [this, index, i](const QString& text) {
             Gesture g;
@@ -549,7 +554,7 @@ QWidget* PanelFrame::stageBox(int stage) const {
     return nullptr;
 }
 
-QSize PanelFrame::sizeTwips() const { return {width() * kTwipsPerPixel, height() * kTwipsPerPixel}; }
+QSize PanelFrame::sizeTwips() const { return twips_; }
 
 bool PanelFrame::eventFilter(QObject* watched, QEvent* event) {
     if (watched == name_) {

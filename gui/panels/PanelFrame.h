@@ -94,8 +94,13 @@ private:
     bool pressToDrag(QMouseEvent* event);
     bool moveWhileDragging(QMouseEvent* event);
     bool releaseDrag(QMouseEvent* event);
+    // Twips and font sizes at 100 % as pixels at the frame's zoom.
+    int px(int twips) const;
+    int fontPx(int pixels) const;
 
     const PanelSpec& spec_;
+    int zoom_;    // percent, from the canvas at the making
+    QSize twips_;
     QLabel* name_ = nullptr;
     StatusIcon* status_ = nullptr;
     std::vector<std::pair<QWidget*, int>> titleItems_;  // right of the name, with widths in twips

@@ -11,7 +11,6 @@ constexpr int kSide = 128;
 
 OrbitPicture::OrbitPicture(QWidget* parent) : QWidget(parent), image_(kSide, kSide, QImage::Format_RGB32) {
     image_.fill(Qt::black);
-    setMinimumSize(sizeHint());
     setCursor(Qt::CrossCursor);
 }
 

@@ -14,7 +14,6 @@ constexpr std::array<bool, 7> kBlackAfter{true, true, false, true, true, true, f
 }  // namespace
 
 KeyboardPicture::KeyboardPicture(QWidget* parent) : QWidget(parent) {
-    setMinimumSize(sizeHint());
     setCursor(Qt::PointingHandCursor);
     setToolTip(QStringLiteral("Click or drag to play; lower on a key plays louder"));
 }

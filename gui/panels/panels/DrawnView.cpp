@@ -3,6 +3,9 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QWheelEvent>
+#include <cmath>
+
+#include "gui/Zoom.h"
 
 namespace quillmer::gui {
 
@@ -19,20 +22,34 @@ void DrawnView::show(const Shown& shown) {
 void DrawnView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), QColor(24, 24, 28));
-    if (paint_) paint_(painter, rect(), shown_);
+    if (!paint_) return;
+    // The description draws at 100 %; the painter scales it to the zoom.
+    const double zoom = zoomFactorOf(this);
+    painter.scale(zoom, zoom);
+    paint_(painter, unzoomedRect(), shown_);
+}
+
+QRect DrawnView::unzoomedRect() const {
+    const double zoom = zoomFactorOf(this);
+    return {0, 0, static_cast<int>(std::lround(width() / zoom)), static_cast<int>(std::lround(height() / zoom))};
 }
 
 void DrawnView::send(Gesture::Kind kind, QMouseEvent* event) {
     Gesture g;
     g.kind = kind;
-    g.x = static_cast<int>(event->position().x());
-    g.y = static_cast<int>(event->position().y());
     g.button = event->buttons() & Qt::LeftButton ? 1 : event->buttons() & Qt::RightButton ? 2 : event->buttons() ? 4 : 0;
-    const auto mods = event->modifiers();
-    g.keys = (mods & Qt::ControlModifier ? 1 : 0) | (mods & Qt::ShiftModifier ? 2 : 0) | (mods & Qt::AltModifier ? 4 : 0);
-    g.number = width();
-    g.item = height();
+    fill(g, event->position(), event->modifiers());
     emit gesture(g);
+}
+
+void DrawnView::fill(Gesture& g, QPointF at, Qt::KeyboardModifiers mods) const {
+    const double zoom = zoomFactorOf(this);
+    g.x = static_cast<int>(at.x() / zoom);
+    g.y = static_cast<int>(at.y() / zoom);
+    g.keys = (mods & Qt::ControlModifier ? 1 : 0) | (mods & Qt::ShiftModifier ? 2 : 0) | (mods & Qt::AltModifier ? 4 : 0);
+    const QRect area = unzoomedRect();
+    g.number = area.width();
+    g.item = area.height();
 }
 
 void DrawnView::mousePressEvent(QMouseEvent* event) { send(Gesture::Kind::Press, event); }
@@ -51,13 +68,8 @@ void DrawnView::wheelEvent(QWheelEvent* event) {
     if (notches == 0) return;
     Gesture g;
     g.kind = Gesture::Kind::Wheel;
-    g.x = static_cast<int>(event->position().x());
-    g.y = static_cast<int>(event->position().y());
-    const auto mods = event->modifiers();
-    g.keys = (mods & Qt::ControlModifier ? 1 : 0) | (mods & Qt::ShiftModifier ? 2 : 0) | (mods & Qt::AltModifier ? 4 : 0);
     g.notches = notches;
-    g.number = width();
-    g.item = height();
+    fill(g, event->position(), event->modifiers());
     emit gesture(g);
 }
 

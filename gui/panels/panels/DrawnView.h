@@ -1,8 +1,8 @@
 #pragma once
 // A control that its panel description draws itself: the description's painter draws what
 // the module shows, and mouse presses, drags and releases go back as gestures with the point
-// in pixels (Gesture::number and Gesture::item carry the view's width and height); a wheel
-// turn goes as Gesture::Kind::Wheel with its whole notches.
+// in pixels at 100 % whatever the zoom (Gesture::number and Gesture::item carry the view's
+// width and height); a wheel turn goes as Gesture::Kind::Wheel with its whole notches.
 
 #include <QWidget>
 #include <functional>
@@ -29,6 +29,10 @@ protected:
 
 private:
     void send(Gesture::Kind kind, QMouseEvent* event);
+    // The point, the keys held and the view's size, all at 100 %.
+    void fill(Gesture& g, QPointF at, Qt::KeyboardModifiers mods) const;
+    // The view's area in pixels at 100 %: what the description draws in and gestures count in.
+    QRect unzoomedRect() const;
     Painter paint_;
     Shown shown_;
     int wheelRest_ = 0;

@@ -11,6 +11,7 @@
 #include <numbers>
 
 #include "engine/Constants.h"
+#include "gui/Zoom.h"
 #include "modules/sequencers/Slides.h"
 #include "modules/sequencers/Steps.h"
 
@@ -41,6 +42,11 @@ protected:
 
 int buttonOf(Qt::MouseButton b) { return b == Qt::LeftButton ? 1 : b == Qt::NoButton ? 0 : 2; }
 int heldOf(Qt::MouseButtons held) { return held & Qt::LeftButton ? 1 : held == Qt::NoButton ? 0 : 2; }
+
+// A rectangle of 100 % pixels on a zoomed view, with a pixel to spare for the rounding.
+QRect zoomedRect(const QRect& r, double zoom) {
+    return QRectF(r.x() * zoom, r.y() * zoom, r.width() * zoom, r.height() * zoom).toAlignedRect().adjusted(-1, -1, 1, 1);
+}
 }  // namespace
 
 int gestureKeys(Qt::KeyboardModifiers modifiers) {
@@ -75,10 +81,13 @@ void BarsView::show(const Shown& now) {
         update();
         return;
     }
-    auto column = [this](int i) {
-        return QRect(SlideSequencer::kAreaLeft - kLeft + i * barWidth_, 0, barWidth_, height());
+    const double zoom = zoomFactorOf(this);
+    auto column = [this, zoom](int i) {
+        return zoomedRect(QRect(SlideSequencer::kAreaLeft - kLeft + i * barWidth_, 0, barWidth_, kHeight - kTop), zoom);
     };
-    auto lamp = [this](int i) { return QRect(SlideSequencer::kAreaLeft - kLeft + i * barWidth_, kLampTop, barWidth_, kLampHeight); };
+    auto lamp = [this, zoom](int i) {
+        return zoomedRect(QRect(SlideSequencer::kAreaLeft - kLeft + i * barWidth_, kLampTop, barWidth_, kLampHeight), zoom);
+    };
     if (now.selected != shown_.selected) {
         update(lamp(shown_.selected));
         update(lamp(now.selected));
@@ -92,6 +101,11 @@ void BarsView::paintEvent(QPaintEvent* event) {
     QPainter p(this);
     const QColor face = parentWidget() ? parentWidget()->palette().color(QPalette::Window) : palette().color(QPalette::Window);
     p.fillRect(event->rect(), face);
+    // Drawn in the module's pixels, scaled to the zoom.
+    const double zoom = zoomFactorOf(this);
+    p.scale(zoom, zoom);
+    const QRect dirty = QRectF(event->rect().x() / zoom, event->rect().y() / zoom, event->rect().width() / zoom,
+                               event->rect().height() / zoom).toAlignedRect();
     const float scale = static_cast<float>(SlideSequencer::kBarRoom) / static_cast<float>(std::max(1, shown_.number));
     const int floor = SlideSequencer::kFloor - kTop;
     const int barPixels = std::max(1, barWidth_ - 1);
@@ -99,8 +113,8 @@ void BarsView::paintEvent(QPaintEvent* event) {
     small.setPixelSize(8);
     p.setFont(small);
     const int labelEvery = std::max(1, (14 + barWidth_ - 1) / barWidth_);
-    const int firstColumn = std::max(0, (event->rect().left() - (SlideSequencer::kAreaLeft - kLeft)) / barWidth_ - labelEvery);
-    const int lastColumn = std::min(stages_ - 1, (event->rect().right() - (SlideSequencer::kAreaLeft - kLeft)) / barWidth_ + 1);
+    const int firstColumn = std::max(0, (dirty.left() - (SlideSequencer::kAreaLeft - kLeft)) / barWidth_ - labelEvery);
+    const int lastColumn = std::min(stages_ - 1, (dirty.right() - (SlideSequencer::kAreaLeft - kLeft)) / barWidth_ + 1);
     for (int i = firstColumn; i <= lastColumn; ++i) {
         const int left = SlideSequencer::kAreaLeft - kLeft + i * barWidth_;
         p.fillRect(left, floor - SlideSequencer::kBarRoom, barPixels, SlideSequencer::kBarRoom, kBack);
@@ -108,7 +122,7 @@ void BarsView::paintEvent(QPaintEvent* event) {
         const int h = std::min(static_cast<int>(std::lround(static_cast<float>(value) * scale)), SlideSequencer::kBarRoom);
         if (h > 0) p.fillRect(left, floor - h, barPixels, h, kFront);
         p.fillRect(left, kLampTop, barPixels, kLampHeight, i == shown_.selected ? kLampOn : kLampOff);
-        if (i % labelEvery == 0 && event->rect().bottom() > floor) {
+        if (i % labelEvery == 0 && dirty.bottom() > floor) {
             p.setPen(palette().color(QPalette::WindowText));
             p.drawText(QRect(left - 4, floor + 2, barWidth_ * labelEvery + 8, 11), Qt::AlignLeft | Qt::AlignTop, QString::number(i));
         }
@@ -118,7 +132,7 @@ void BarsView::paintEvent(QPaintEvent* event) {
 Gesture BarsView::at(Gesture::Kind kind, QMouseEvent* event, int button) const {
     Gesture g;
     g.kind = kind;
-    const QPoint pos = event->position().toPoint();
+    const QPoint pos = modulePoint(event);
     g.x = pos.x() + kLeft;
     g.y = pos.y() + kTop;
     g.button = button;
@@ -126,8 +140,12 @@ Gesture BarsView::at(Gesture::Kind kind, QMouseEvent* event, int button) const {
     return g;
 }
 
+QPoint BarsView::modulePoint(const QMouseEvent* event) const {
+    return (event->position() / zoomFactorOf(this)).toPoint();
+}
+
 void BarsView::mousePressEvent(QMouseEvent* event) {
-    const QPoint pos = event->position().toPoint();
+    const QPoint pos = modulePoint(event);
     const int x = pos.x() + kLeft;
     const int y = pos.y() + kTop;
     const bool inArea = y >= SlideSequencer::kAreaTop && y <= SlideSequencer::kAreaBottom &&
@@ -185,8 +203,8 @@ void KnobView::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) return;
     Gesture g;
     g.kind = Gesture::Kind::Press;
-    g.x = static_cast<int>(event->position().x() * kTwipsPerPixel);
-    g.y = static_cast<int>(event->position().y() * kTwipsPerPixel);
+    g.x = twipsAt(event->position().x());
+    g.y = twipsAt(event->position().y());
     g.button = 1;
     g.keys = gestureKeys(event->modifiers());
     emit gesture(g);
@@ -196,11 +214,13 @@ void KnobView::mouseMoveEvent(QMouseEvent* event) {
     if (!(event->buttons() & Qt::LeftButton) || gestureKeys(event->modifiers()) != 0) return;
     Gesture g;
     g.kind = Gesture::Kind::Move;
-    g.x = static_cast<int>(event->position().x() * kTwipsPerPixel);
-    g.y = static_cast<int>(event->position().y() * kTwipsPerPixel);
+    g.x = twipsAt(event->position().x());
+    g.y = twipsAt(event->position().y());
     g.button = 1;
     emit gesture(g);
 }
+
+int KnobView::twipsAt(double pixels) const { return static_cast<int>(pixels * kTwipsPerPixel / zoomFactorOf(this)); }
 
 void KnobView::sendValue(int value) {
     value = std::clamp(value, 0, 127);

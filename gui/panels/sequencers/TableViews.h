@@ -36,6 +36,8 @@ protected:
 
 private:
     Gesture at(Gesture::Kind kind, QMouseEvent* event, int button) const;
+    // The pointer in the view's pixels at 100 %, whatever the zoom.
+    QPoint modulePoint(const QMouseEvent* event) const;
     int stages_;
     int barWidth_;
     int rightEdge_;
@@ -68,6 +70,7 @@ protected:
 
 private:
     void sendValue(int value);
+    int twipsAt(double pixels) const;  // a pointer coordinate in twips of the knob
     int value_ = 0;
     int wheelRest_ = 0;
 };
