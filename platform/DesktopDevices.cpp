@@ -19,7 +19,7 @@ bool sampleAccurateJack() { return ownJackClient.load(); }
 
 DesktopDeviceProvider::DesktopDeviceProvider(const TimerService& clock, std::vector<MidiPortApi> apis)
     : clock_(clock), ports_(apis), apis_(apis),
-      jack_(std::make_shared<JackClientSource>(std::string(), clock)) {}
+      jack_(std::make_shared<JackClientSource>(clock)) {}
 
 // A JACK port that is there now, when our own client serves JACK.
 bool DesktopDeviceProvider::jackPort(const std::string& name, bool output, std::string& peer) {

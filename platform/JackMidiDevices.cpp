@@ -5,15 +5,12 @@
 
 namespace quillmer {
 
-JackClientSource::JackClientSource(std::string clientName, const TimerService& clock)
-    : clientName_(std::move(clientName)), clock_(clock) {}
+JackClientSource::JackClientSource(const TimerService& clock) : clock_(clock) {}
 
 std::shared_ptr<JackMidiClient> JackClientSource::client(std::string& problem) {
     std::lock_guard<std::mutex> held(mutex_);
     if (client_ && !client_->alive()) client_.reset();
-    // No name of its own: the program's client name as it stands when the first port opens,
-    // which a session manager may have set after the devices were made.
-    if (!client_) client_ = JackMidiClient::open(clientName_.empty() ? kMidiClientName : clientName_, clock_, problem);
+    if (!client_) client_ = JackMidiClient::open(kMidiClientName, clock_, problem);
     return client_;
 }
 

@@ -20,14 +20,14 @@ class JackMidiClient;
 // restarted. Shared by the provider and its devices.
 class JackClientSource {
 public:
-    // An empty name means the program's client name at the time the client opens.
-    JackClientSource(std::string clientName, const TimerService& clock);
+    // The client takes the program's client name as it stands when the first port opens,
+    // which a session manager may have set after the devices were made.
+    explicit JackClientSource(const TimerService& clock);
     // nullptr with `problem` set when no JACK server runs.
     std::shared_ptr<JackMidiClient> client(std::string& problem);
 
 private:
     std::mutex mutex_;
-    std::string clientName_;
     const TimerService& clock_;
     std::shared_ptr<JackMidiClient> client_;
 };

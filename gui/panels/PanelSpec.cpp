@@ -84,6 +84,17 @@ ControlSpec outputLamp() {
     return lamp;
 }
 
+ControlSpec dialogButton(const char* objectName, QString caption, Dialog dialog, int widthTwips, QString tip) {
+    ControlSpec button;
+    button.kind = ControlKind::Button;
+    button.objectName = QLatin1String(objectName);
+    button.caption = std::move(caption);
+    button.tip = std::move(tip);
+    button.dialog = dialog;
+    button.widthTwips = widthTwips;
+    return button;
+}
+
 ControlSpec valueBox(const char* objectName, QString tip, Reader read, int widthTwips) {
     ControlSpec box;
     box.kind = ControlKind::ValueBox;

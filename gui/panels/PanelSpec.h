@@ -168,6 +168,8 @@ ControlSpec textBox(const char* objectName, QString tip, Reader read, int widthT
 // A button that stays in; the gesture's number is 1 for in, 0 for out.
 ControlSpec switchControl(const char* objectName, QString caption, QString tip, Reader read, Editor edit,
                           int widthTwips = 900);
+// A push button that opens one of the panel board's dialogs.
+ControlSpec dialogButton(const char* objectName, QString caption, Dialog dialog, int widthTwips = 600, QString tip = {});
 // The channel button: "1 A" .. "16D", opening the channel dialog.
 ControlSpec channelButton();
 // opEnable: in disables the module at once (red), out enables it (green).

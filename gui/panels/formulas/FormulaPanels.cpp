@@ -203,19 +203,9 @@ PanelSpec sliderPanel() {
     value.textual = true;
     value.place = ControlSpec::Place::Title;
     ControlSpec stage = valueBox("bxStage", QStringLiteral("The current slider"), [](const Module& m) { return Shown::ofNumber(as<UFSldr>(m).stage()); }, 450);
-    ControlSpec fill;
-    fill.kind = ControlKind::Button;
-    fill.objectName = QStringLiteral("btnFill");
-    fill.caption = QStringLiteral(" Fill ");
-    fill.dialog = Dialog::Fill;
-    fill.widthTwips = 600;
-    ControlSpec setup;
-    setup.kind = ControlKind::Button;
-    setup.objectName = QStringLiteral("bSetup");
-    setup.caption = QStringLiteral("Setup");
-    setup.tip = QStringLiteral("Range, offset and sensitivity of each slider");
-    setup.dialog = Dialog::SliderSetup;
-    setup.widthTwips = 700;
+    ControlSpec fill = dialogButton("btnFill", QStringLiteral(" Fill "), Dialog::Fill);
+    ControlSpec setup = dialogButton("bSetup", QStringLiteral("Setup"), Dialog::SliderSetup, 700,
+                                     QStringLiteral("Range, offset and sensitivity of each slider"));
     ControlSpec count;
     count.kind = ControlKind::UpDown;
     count.objectName = QStringLiteral("UpDown1");

@@ -11,13 +11,7 @@ using namespace processors;
 namespace {
 
 ControlSpec button(const char* objectName, const char* caption, const char* tip, Dialog dialog, Reader read = {}) {
-    ControlSpec b;
-    b.kind = ControlKind::Button;
-    b.objectName = QLatin1String(objectName);
-    b.caption = QLatin1String(caption);
-    b.tip = QLatin1String(tip);
-    b.dialog = dialog;
-    b.widthTwips = 700;
+    ControlSpec b = dialogButton(objectName, QLatin1String(caption), dialog, 700, QLatin1String(tip));
     // A reader gives the table number; the caption stays as it is.
     if (read)
         b.read = [read = std::move(read), caption](const Module& m) {

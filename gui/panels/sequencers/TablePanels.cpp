@@ -12,16 +12,6 @@ namespace quillmer::gui {
 
 namespace {
 
-ControlSpec dialogButton(const char* objectName, const char* caption, Dialog dialog, int widthTwips = 600) {
-    ControlSpec button;
-    button.kind = ControlKind::Button;
-    button.objectName = QLatin1String(objectName);
-    button.caption = QLatin1String(caption);
-    button.dialog = dialog;
-    button.widthTwips = widthTwips;
-    return button;
-}
-
 SlideSequencer::Button slideButton(int button) {
     return button == 1 ? SlideSequencer::Button::Left : button == 0 ? SlideSequencer::Button::None : SlideSequencer::Button::Other;
 }
